@@ -154,7 +154,7 @@ class BpDimension : public BpGroup {
  public:
     /// Appends a dimension to the table.
     BpDimension(BpPivotTable& table, const BpItem& title);
-    /// axis 0 rows, 1 columns; order 1 outermost, growing inwards; hideTitle 1 leaves the
+    /// axis 0 rows, 1 columns; order 1 innermost, growing outwards; hideTitle 1 leaves the
     /// dimension's title out; the last number is 0.
     void Position(std::int32_t axis, std::int32_t order, std::int32_t hideTitle,
                   std::int32_t reserved) const;
