@@ -1,0 +1,63 @@
+#ifndef PREDSEL_FEATURESELECT_FSDOUBLEDOUBLE_H
+#define PREDSEL_FEATURESELECT_FSDOUBLEDOUBLE_H
+
+#include <cmath>
+
+/// A number of about 31 digits, the unevaluated sum of two doubles (Dekker 1971, Knuth 1969).
+/// For values and intermediate results far from the ends of the range of doubles, all finite.
+class FSDoubleDouble {
+ public:
+    FSDoubleDouble(double value = 0.0) : fHigh(value) {}  // implicit: a double is one exactly
+
+    /// a + b without rounding.
+    static FSDoubleDouble ExactSum(double a, double b) {
+        const double sum = a + b;
+        const double bPart = sum - a;
+        return {sum, (a - (sum - bPart)) + (b - bPart)};
+    }
+    /// a * b without rounding.
+    static FSDoubleDouble ExactProduct(double a, double b) {
+        const double product = a * b;
+        return {product, std::fma(a, b, -product)};
+    }
+
+    /// The number rounded to a double.
+    double High() const { return fHigh; }
+    /// What High() leaves out.
+    double Low() const { return fLow; }
+
+    FSDoubleDouble operator-() const { return {-fHigh, -fLow}; }
+    friend FSDoubleDouble operator+(const FSDoubleDouble& a, const FSDoubleDouble& b) {
+        const FSDoubleDouble high = ExactSum(a.fHigh, b.fHigh);
+        const FSDoubleDouble low = ExactSum(a.fLow, b.fLow);
+        const FSDoubleDouble sum = Normalised(high.fHigh, high.fLow + low.fHigh);
+        return Normalised(sum.fHigh, sum.fLow + low.fLow);
+    }
+    friend FSDoubleDouble operator-(const FSDoubleDouble& a, const FSDoubleDouble& b) {
+        return a + (-b);
+    }
+    friend FSDoubleDouble operator*(const FSDoubleDouble& a, const FSDoubleDouble& b) {
+        const FSDoubleDouble product = ExactProduct(a.fHigh, b.fHigh);
+        return Normalised(product.fHigh, product.fLow + (a.fHigh * b.fLow + a.fLow * b.fHigh));
+    }
+    friend FSDoubleDouble operator/(const FSDoubleDouble& a, const FSDoubleDouble& b) {
+        const double first = a.fHigh / b.fHigh;
+        const FSDoubleDouble rest = a - b * first;
+        const double second = rest.fHigh / b.fHigh;
+        const double third = (rest - b * second).fHigh / b.fHigh;
+        return Normalised(first, second) + third;
+    }
+
+ private:
+    FSDoubleDouble(double high, double low) : fHigh(high), fLow(low) {}
+    // high + low with the smaller part last; REQUIRES: |high| >= |low| or high = 0.
+    static FSDoubleDouble Normalised(double high, double low) {
+        const double sum = high + low;
+        return {sum, low - (sum - high)};
+    }
+
+    double fHigh;
+    double fLow = 0.0;
+};
+
+#endif  // PREDSEL_FEATURESELECT_FSDOUBLEDOUBLE_H
