@@ -1,0 +1,31 @@
+#include "featureselect/FSMapICnt.h"
+
+#include "featureselect/FSDisplay.h"
+
+bool FSMapICnt::Add(std::int32_t key, double weight) {
+    const auto [entry, existed] = FindOrInsert({key, weight});
+    if (existed) entry.fWeight += weight;
+    return existed;
+}
+
+bool FSMapICnt::Find(std::int32_t key, double& weight) const {
+    const FSMapICntEntry* entry = FindEntry(key);
+    if (entry == nullptr) return false;
+    weight = entry->fWeight;
+    return true;
+}
+
+void FSMapICnt::MergeFrom(const FSMapICnt& other) {
+    MergeEntries(other, [](FSMapICntEntry& mine, const FSMapICntEntry& theirs) {
+        mine.fWeight += theirs.fWeight;
+    });
+}
+
+void FSMapICnt::Display(std::ostream& out) const {
+    FSDisplay::Start(out, "FSMapICnt");
+    FSDisplay::Line(out, "Map size = ", Size());
+    for (const FSMapICntEntry& entry : fvEntries) {
+        out << "Key = " << entry.fKey << ", Value = " << entry.fWeight << '\n';
+    }
+    FSDisplay::End(out, "FSMapICnt");
+}

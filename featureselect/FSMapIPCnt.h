@@ -1,0 +1,40 @@
+#ifndef PREDSEL_FEATURESELECT_FSMAPIPCNT_H
+#define PREDSEL_FEATURESELECT_FSMAPIPCNT_H
+
+#include <cstdint>
+#include <ostream>
+
+#include "featureselect/FSFields.h"
+#include "featureselect/FSSortedEntries.h"
+
+struct FSMapIPCntEntry {
+    std::int32_t fKey = 0;
+    std::int32_t fCount = 0;  // unweighted
+    double fWeight = 0;
+
+    // The published layout aligns the weight to 8 bytes within count and weight.
+    template <class Self, class Archive>
+    static void Fields(Self&& self, Archive& archive) {
+        archive.Items(self.fKey, self.fCount, FSPadding{4}, self.fWeight);
+    }
+};
+
+/// Unweighted count and weight per category, categories ascending.
+class FSMapIPCnt : public FSSortedEntries<FSMapIPCntEntry> {
+ public:
+    /// Adds one case. True when the category existed.
+    bool Add(std::int32_t key, double weight);
+    /// False, and the outputs untouched, for an unknown category.
+    bool Find(std::int32_t key, std::int32_t& count, double& weight) const;
+    /// Adds the cases of a later partition.
+    void MergeFrom(const FSMapIPCnt& other);
+    void Display(std::ostream& out) const;
+
+    // Intended: the tag is that of FSMapICnt, only the position in a saved state tells them apart.
+    template <class Self, class Archive>
+    static void Fields(Self&& self, Archive& archive) {
+        archive("FSMII", "FSMapIPCnt", self.fvEntries);
+    }
+};
+
+#endif  // PREDSEL_FEATURESELECT_FSMAPIPCNT_H

@@ -1,0 +1,56 @@
+#include "featureselect/FSMapIStat.h"
+
+#include "featureselect/FSDisplay.h"
+
+bool FSMapIStat::Add(std::int32_t key, double value, double weight) {
+    if (!(weight > 0.0)) return FindEntry(key) != nullptr;
+    const auto [entry, existed] = FindOrInsert({key, weight, value, 0.0, 0.0});
+    if (existed) {
+        // The order of operations is part of the saved state: states are compared bit for bit.
+        const double before = entry.fWeight;
+        const double step = (value - entry.fMean) * (weight / (before + weight));
+        entry.fSecondMoment += ((before + weight) / weight) * step * before * step;
+        entry.fMean += step;
+        entry.fWeight = before + weight;
+    }
+    return existed;
+}
+
+bool FSMapIStat::Find(std::int32_t key, double& weight, double& mean, double& secondMoment,
+                      double& variance) const {
+    const FSMapIStatEntry* entry = FindEntry(key);
+    if (entry == nullptr) return false;
+    weight = entry->fWeight;
+    mean = entry->fMean;
+    secondMoment = entry->fSecondMoment;
+    variance = entry->fVariance;
+    return true;
+}
+
+void FSMapIStat::MergeFrom(const FSMapIStat& other) {
+    MergeEntries(other, [](FSMapIStatEntry& mine, const FSMapIStatEntry& theirs) {
+        const double all = mine.fWeight + theirs.fWeight;
+        const double delta = theirs.fMean - mine.fMean;
+        const double share = theirs.fWeight / all;
+        mine.fSecondMoment += theirs.fSecondMoment + delta * delta * mine.fWeight * share;
+        mine.fMean += delta * share;
+        mine.fWeight = all;
+    });
+}
+
+void FSMapIStat::FinishVariances() {
+    for (FSMapIStatEntry& entry : fvEntries) {
+        const double divisor = entry.fWeight - 1.0;
+        entry.fVariance = divisor > 0.0 ? entry.fSecondMoment / divisor : 0.0;
+    }
+}
+
+void FSMapIStat::Display(std::ostream& out) const {
+    FSDisplay::Start(out, "FSMapIStat");
+    FSDisplay::Line(out, "Map size = ", Size());
+    for (const FSMapIStatEntry& entry : fvEntries) {
+        out << "Key = " << entry.fKey << ", Value = (" << entry.fWeight << ", " << entry.fMean
+            << ", " << entry.fSecondMoment << ", " << entry.fVariance << ")\n";
+    }
+    FSDisplay::End(out, "FSMapIStat");
+}

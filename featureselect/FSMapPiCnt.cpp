@@ -1,0 +1,32 @@
+#include "featureselect/FSMapPiCnt.h"
+
+#include "featureselect/FSDisplay.h"
+
+bool FSMapPiCnt::Add(FSCategoryPair key, double weight) {
+    const auto [entry, existed] = FindOrInsert({key, weight});
+    if (existed) entry.fWeight += weight;
+    return existed;
+}
+
+bool FSMapPiCnt::Find(FSCategoryPair key, double& weight) const {
+    const FSMapPiCntEntry* entry = FindEntry(key);
+    if (entry == nullptr) return false;
+    weight = entry->fWeight;
+    return true;
+}
+
+void FSMapPiCnt::MergeFrom(const FSMapPiCnt& other) {
+    MergeEntries(other, [](FSMapPiCntEntry& mine, const FSMapPiCntEntry& theirs) {
+        mine.fWeight += theirs.fWeight;
+    });
+}
+
+void FSMapPiCnt::Display(std::ostream& out) const {
+    FSDisplay::Start(out, "FSMapPiCnt");
+    FSDisplay::Line(out, "Map size = ", Size());
+    for (const FSMapPiCntEntry& entry : fvEntries) {
+        out << "Key = (" << entry.fKey.fPredictor << ", " << entry.fKey.fTarget
+            << ") Value = " << entry.fWeight << '\n';
+    }
+    FSDisplay::End(out, "FSMapPiCnt");
+}

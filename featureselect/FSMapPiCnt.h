@@ -1,0 +1,46 @@
+#ifndef PREDSEL_FEATURESELECT_FSMAPPICNT_H
+#define PREDSEL_FEATURESELECT_FSMAPPICNT_H
+
+#include <compare>
+#include <cstdint>
+#include <ostream>
+
+#include "featureselect/FSSortedEntries.h"
+
+/// A cell of a crosstab. Ordered by the predictor's category, then the target's.
+struct FSCategoryPair {
+    std::int32_t fPredictor = 0;
+    std::int32_t fTarget = 0;
+
+    auto operator<=>(const FSCategoryPair&) const = default;
+};
+
+struct FSMapPiCntEntry {
+    FSCategoryPair fKey;
+    double fWeight = 0;
+
+    template <class Self, class Archive>
+    static void Fields(Self&& self, Archive& archive) {
+        archive.Items(self.fKey.fPredictor, self.fKey.fTarget, self.fWeight);
+    }
+};
+
+/// Weight per pair of a predictor category and a target category, pairs ascending: the cells of a
+/// crosstab that hold anything, row by row.
+class FSMapPiCnt : public FSSortedEntries<FSMapPiCntEntry> {
+ public:
+    /// True when the pair existed.
+    bool Add(FSCategoryPair key, double weight);
+    /// False, and the output untouched, for an unknown pair.
+    bool Find(FSCategoryPair key, double& weight) const;
+    /// Adds the cases of a later partition.
+    void MergeFrom(const FSMapPiCnt& other);
+    void Display(std::ostream& out) const;
+
+    template <class Self, class Archive>
+    static void Fields(Self&& self, Archive& archive) {
+        archive("FSMPI", "FSMapPiCnt", self.fvEntries);
+    }
+};
+
+#endif  // PREDSEL_FEATURESELECT_FSMAPPICNT_H

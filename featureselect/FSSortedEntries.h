@@ -1,0 +1,81 @@
+#ifndef PREDSEL_FEATURESELECT_FSSORTEDENTRIES_H
+#define PREDSEL_FEATURESELECT_FSSORTEDENTRIES_H
+
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+/// Entries in ascending order of their fKey, found by binary search: what the category maps of the
+/// engine are made of. A new key costs one insertion.
+template <class Entry>
+class FSSortedEntries {
+ public:
+    using Key = decltype(Entry::fKey);
+
+    std::int32_t Size() const { return static_cast<std::int32_t>(fvEntries.size()); }
+    /// REQUIRES: 0 <= position < Size(). Positions follow the keys upwards.
+    const Entry& GetAt(std::int32_t position) const {
+        return fvEntries[static_cast<std::size_t>(position)];
+    }
+
+ protected:
+    /// The entry of a key, or null.
+    const Entry* FindEntry(const Key& key) const {
+        const std::size_t position = FirstNotBelow(key);
+        return HoldsAt(position, key) ? &fvEntries[position] : nullptr;
+    }
+
+    /// The entry of the key and true, or false and the same entry, newly put in its place.
+    std::pair<Entry&, bool> FindOrInsert(const Entry& fresh) {
+        const std::size_t position = FirstNotBelow(fresh.fKey);
+        const bool existed = HoldsAt(position, fresh.fKey);
+        if (!existed) {
+            fvEntries.insert(fvEntries.begin() + static_cast<std::ptrdiff_t>(position), fresh);
+        }
+        return {fvEntries[position], existed};
+    }
+
+    /// Takes over the other's entries in one walk through both: combine(mine, theirs) where the key
+    /// is in both, a copy where it is new.
+    template <class Combine>
+    void MergeEntries(const FSSortedEntries& other, Combine combine) {
+        std::vector<Entry> merged;
+        merged.reserve(fvEntries.size() + other.fvEntries.size());
+        auto mine = fvEntries.begin();
+        for (const Entry& theirs : other.fvEntries) {
+            while (mine != fvEntries.end() && mine->fKey < theirs.fKey) merged.push_back(*mine++);
+            if (mine != fvEntries.end() && mine->fKey == theirs.fKey) {
+                combine(*mine, theirs);
+                merged.push_back(*mine++);
+            } else {
+                merged.push_back(theirs);
+            }
+        }
+        merged.insert(merged.end(), mine, fvEntries.end());
+        fvEntries = std::move(merged);
+    }
+
+    std::vector<Entry> fvEntries;  // ascending and unique by fKey
+
+ private:
+    std::size_t FirstNotBelow(const Key& key) const {
+        std::size_t low = 0;
+        std::size_t high = fvEntries.size();
+        while (low < high) {
+            const std::size_t middle = (low + high) / 2;
+            if (fvEntries[middle].fKey < key) {
+                low = middle + 1;
+            } else {
+                high = middle;
+            }
+        }
+        return low;
+    }
+
+    bool HoldsAt(std::size_t position, const Key& key) const {
+        return position < fvEntries.size() && fvEntries[position].fKey == key;
+    }
+};
+
+#endif  // PREDSEL_FEATURESELECT_FSSORTEDENTRIES_H
