@@ -1,17 +1,17 @@
 #include "featureselect/FSMapIStat.h"
 
 #include "featureselect/FSDisplay.h"
+#include "featureselect/FSRunningMean.h"
 
 bool FSMapIStat::Add(std::int32_t key, double value, double weight) {
     if (!(weight > 0.0)) return FindEntry(key) != nullptr;
     const auto [entry, existed] = FindOrInsert({key, weight, value, 0.0, 0.0});
     if (existed) {
-        // The order of operations is part of the saved state: states are compared bit for bit.
-        const double before = entry.fWeight;
-        const double step = (value - entry.fMean) * (weight / (before + weight));
-        entry.fSecondMoment += ((before + weight) / weight) * step * before * step;
-        entry.fMean += step;
-        entry.fWeight = before + weight;
+        const FSMeanStep step(entry.fWeight, weight);
+        const double shift = step.Shift(value, entry.fMean);
+        entry.fSecondMoment += step.Moment(shift, shift);
+        entry.fMean += shift;
+        entry.fWeight += weight;
     }
     return existed;
 }
@@ -29,12 +29,11 @@ bool FSMapIStat::Find(std::int32_t key, double& weight, double& mean, double& se
 
 void FSMapIStat::MergeFrom(const FSMapIStat& other) {
     MergeEntries(other, [](FSMapIStatEntry& mine, const FSMapIStatEntry& theirs) {
-        const double all = mine.fWeight + theirs.fWeight;
+        const FSMeanJoin join(mine.fWeight, theirs.fWeight);
         const double delta = theirs.fMean - mine.fMean;
-        const double share = theirs.fWeight / all;
-        mine.fSecondMoment += theirs.fSecondMoment + delta * delta * mine.fWeight * share;
-        mine.fMean += delta * share;
-        mine.fWeight = all;
+        mine.fSecondMoment += theirs.fSecondMoment + join.Moment(delta, delta);
+        mine.fMean += delta * join.fShare;
+        mine.fWeight += theirs.fWeight;
     });
 }
 

@@ -5,6 +5,8 @@
 #include <ostream>
 #include <vector>
 
+#include "host/Records.h"
+
 class FSSettings;
 
 /// All that screening and ranking need of one predictor, gathered in one pass: fed once per record
@@ -58,6 +60,12 @@ class IFSPredTargetAccum {
     virtual bool IsCategorical() const = 0;
     /// Debugging text.
     virtual void Display(std::ostream& out) const = 0;
+
+ protected:
+    template <class... Outputs>
+    static void SetMissing(Outputs&... outputs) {
+        ((outputs = MCMV::gMissingValue), ...);
+    }
 };
 
 #endif  // PREDSEL_FEATURESELECT_IFSPREDTARGETACCUM_H

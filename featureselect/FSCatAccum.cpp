@@ -1,0 +1,33 @@
+#include "featureselect/FSCatAccum.h"
+
+#include "featureselect/FSDisplay.h"
+#include "featureselect/FSTruncate.h"
+
+void FSCatAccum::AddPair(double, double, double, bool) {}
+
+void FSCatAccum::AddValue(double value, double weight, bool track) {
+    if (!(weight > 0.0)) return;
+    const std::int32_t category = FSTruncate(value);
+    TrackConstant(category);
+    if (track) fPredCounts.Add(category, weight);
+    fProcessed += weight;
+    ++fUnweightedValid;
+}
+
+void FSCatAccum::ComputeCriterion(std::int32_t, double&, double&, double&, double&, double&) const {
+}
+
+bool FSCatAccum::GetCriterionForDisplay(std::int32_t, double& first, double& second, double& third,
+                                        double& fourth) const {
+    SetMissing(first, second, third, fourth);
+    return false;
+}
+
+void FSCatAccum::Display(std::ostream& out) const {
+    FSDisplay::Start(out, "FSCatAccum");
+    FSDisplay::Line(out, "Number of variable categories = ", fPredCounts.Size());
+    DisplayCounters(out, "The first non-missing category = ");
+    out << "Case counts of predictor categories:\n";
+    fPredCounts.Display(out);
+    FSDisplay::End(out, "FSCatAccum");
+}

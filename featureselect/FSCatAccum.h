@@ -1,0 +1,28 @@
+#ifndef PREDSEL_FEATURESELECT_FSCATACCUM_H
+#define PREDSEL_FEATURESELECT_FSCATACCUM_H
+
+#include "featureselect/FSCategoricalAccum.h"
+
+/// Category counts of a categorical predictor when there is no target: screening only.
+class FSCatAccum : public FSCategoricalAccum {
+ public:
+    void AddPair(double predictor, double target, double weight, bool track) override;
+    void AddValue(double value, double weight, bool track) override;
+    void FinishData() override {}
+    /// No criterion: the outputs stay as they are.
+    void ComputeCriterion(std::int32_t criterion, double& value, double& tieBreak1,
+                          double& tieBreak2, double& extra1, double& extra2) const override;
+    bool GetCriterionForDisplay(std::int32_t criterion, double& first, double& second,
+                                double& third, double& fourth) const override;
+    void Display(std::ostream& out) const override;
+
+    void MergeFrom(const FSCatAccum& other) { MergeCounts(other); }
+
+    template <class Self, class Archive>
+    static void Fields(Self&& self, Archive& archive) {
+        archive("CAPRE", "FSCatAccum", self.fProcessed, self.fMissing, self.fFirstCategory,
+                self.fConstant, self.fPredCounts);
+    }
+};
+
+#endif  // PREDSEL_FEATURESELECT_FSCATACCUM_H

@@ -1,0 +1,168 @@
+#include "featureselect/FSCatPCatTAccum.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+#include "featureselect/FSCriterion.h"
+#include "featureselect/FSDisplay.h"
+#include "featureselect/FSDistributions.h"
+#include "featureselect/FSTruncate.h"
+#include "host/Records.h"
+
+void FSCatPCatTAccum::AddPair(double predictor, double target, double weight, bool) {
+    if (!(weight > 0.0)) return;
+    const FSCategoryPair pair{FSTruncate(predictor), FSTruncate(target)};
+    TrackConstant(pair.fPredictor);
+    fPredCounts.Add(pair.fPredictor, weight);
+    fTargetCounts.Add(pair.fTarget, weight);
+    fPairCounts.Add(pair, weight);
+    fProcessed += weight;
+    ++fUnweightedValid;
+}
+
+void FSCatPCatTAccum::AddValue(double, double, bool) {}
+
+// Calls visit(row total, column total, cell weight) for every cell of the full crosstab, row by
+// row. A pair that never occurred is a cell of weight 0. The occupied cells come in the same order,
+// so one walk through them serves the whole table.
+template <class Visit>
+void FSCatPCatTAccum::ForEachCell(Visit visit) const {
+    std::int32_t next = 0;
+    for (std::int32_t i = 0; i < fPredCounts.Size(); ++i) {
+        const FSMapICntEntry& row = fPredCounts.GetAt(i);
+        for (std::int32_t j = 0; j < fTargetCounts.Size(); ++j) {
+            const FSMapICntEntry& column = fTargetCounts.GetAt(j);
+            double weight = 0.0;
+            if (next < fPairCounts.Size() &&
+                fPairCounts.GetAt(next).fKey == FSCategoryPair{row.fKey, column.fKey}) {
+                weight = fPairCounts.GetAt(next).fWeight;
+                ++next;
+            }
+            visit(row.fWeight, column.fWeight, weight);
+        }
+    }
+}
+
+// A 32-bit product, which wraps around for tables beyond 2^31 cells.
+double FSCatPCatTAccum::DegreesOfFreedom() const {
+    const auto rows = static_cast<std::uint32_t>(fPredCounts.Size());
+    const auto columns = static_cast<std::uint32_t>(fTargetCounts.Size());
+    return static_cast<std::int32_t>((columns - 1) * (rows - 1));
+}
+
+double FSCatPCatTAccum::Pearson() const {
+    const double total = ValidWeight();
+    double sum = 0.0;
+    ForEachCell([&](double row, double column, double weight) {
+        const double expected = column * row / total;
+        sum += (weight - expected) * (weight - expected) / expected;
+    });
+    return sum;
+}
+
+double FSCatPCatTAccum::LikelihoodRatio() const {
+    const double total = ValidWeight();
+    double sum = 0.0;
+    ForEachCell([&](double row, double column, double weight) {
+        if (weight > 0.0) sum += weight * std::log(weight / (row * column / total));
+    });
+    return 2.0 * sum;
+}
+
+double FSCatPCatTAccum::Lambda() const {
+    double correct = 0.0;  // weight guessed right when the predictor is known: largest of each row
+    for (std::int32_t cell = 0; cell < fPairCounts.Size();) {
+        const std::int32_t row = fPairCounts.GetAt(cell).fKey.fPredictor;
+        double largest = 0.0;
+        for (; cell < fPairCounts.Size() && fPairCounts.GetAt(cell).fKey.fPredictor == row;
+             ++cell) {
+            largest = std::max(largest, fPairCounts.GetAt(cell).fWeight);
+        }
+        correct += largest;
+    }
+    double mode = 0.0;  // guessed right when it is not
+    for (std::int32_t j = 0; j < fTargetCounts.Size(); ++j) {
+        mode = std::max(mode, fTargetCounts.GetAt(j).fWeight);
+    }
+    const double wrong = ValidWeight() - mode;
+    return wrong > 0.0 ? (correct - mode) / wrong : MCMV::gMissingValue;
+}
+
+void FSCatPCatTAccum::ComputeCriterion(std::int32_t criterion, double& value, double& tieBreak1,
+                                       double& tieBreak2, double& extra1, double& extra2) const {
+    SetMissing(value, tieBreak1, tieBreak2, extra1, extra2);
+    switch (criterion) {
+        case FSCriterion::kPearson:
+        case FSCriterion::kLikelihood: {
+            if (!HasTable()) {
+                value = 1.0;
+                tieBreak1 = 0.0;
+                tieBreak2 = 0.0;
+                break;
+            }
+            const double statistic =
+                criterion == FSCriterion::kPearson ? Pearson() : LikelihoodRatio();
+            const double df = DegreesOfFreedom();
+            const double below = ChiSquareCdf(statistic, df);
+            if (below == MCMV::gMissingValue) break;
+            value = 1.0 - below;
+            tieBreak1 = statistic;
+            tieBreak2 = df;
+            break;
+        }
+        case FSCriterion::kCramer: {
+            if (!HasTable()) break;
+            const double statistic = Pearson();
+            const double largest =
+                ValidWeight() * (std::min(fPredCounts.Size(), fTargetCounts.Size()) - 1);
+            if (largest > 0.0) value = std::sqrt(statistic / largest);
+            tieBreak1 = statistic;
+            break;
+        }
+        case FSCriterion::kLambda:
+            value = Lambda();
+            tieBreak1 = fPredCounts.Size();
+            break;
+        default:
+            break;
+    }
+}
+
+bool FSCatPCatTAccum::GetCriterionForDisplay(std::int32_t criterion, double& first, double& second,
+                                             double& third, double& fourth) const {
+    SetMissing(first, second, third, fourth);
+    double unused = 0.0;
+    switch (criterion) {
+        case FSCriterion::kPearson:
+        case FSCriterion::kLikelihood:
+            ComputeCriterion(criterion, first, second, third, unused, unused);
+            return true;
+        case FSCriterion::kCramer:
+        case FSCriterion::kLambda:
+            ComputeCriterion(criterion, first, unused, unused, unused, unused);
+            return true;
+        default:
+            return false;
+    }
+}
+
+void FSCatPCatTAccum::MergeFrom(const FSCatPCatTAccum& other) {
+    MergeCounts(other);
+    fTargetCounts.MergeFrom(other.fTargetCounts);
+    fPairCounts.MergeFrom(other.fPairCounts);
+}
+
+void FSCatPCatTAccum::Display(std::ostream& out) const {
+    FSDisplay::Start(out, "FSCatPCatTAccum");
+    FSDisplay::Line(out, "Number of predictor categories = ", fPredCounts.Size());
+    FSDisplay::Line(out, "Number of target categories = ", fTargetCounts.Size());
+    DisplayCounters(out, "The first non-missing predictor category = ");
+    out << "Case counts of predictor categories:\n";
+    fPredCounts.Display(out);
+    out << "Case counts of target categories:\n";
+    fTargetCounts.Display(out);
+    out << "Case counts of pairs of predictor and target categories:\n";
+    fPairCounts.Display(out);
+    FSDisplay::End(out, "FSCatPCatTAccum");
+}

@@ -1,0 +1,45 @@
+#ifndef PREDSEL_FEATURESELECT_FSCATPCATTACCUM_H
+#define PREDSEL_FEATURESELECT_FSCATPCATTACCUM_H
+
+#include "featureselect/FSCategoricalAccum.h"
+#include "featureselect/FSMapPiCnt.h"
+
+/// The crosstab of a categorical predictor with a categorical target, for the criteria 0 to 3.
+class FSCatPCatTAccum : public FSCategoricalAccum {
+ public:
+    void AddPair(double predictor, double target, double weight, bool track) override;
+    void AddValue(double value, double weight, bool track) override;
+    void FinishData() override {}
+    /// Pearson and likelihood ratio chi-square: p-value, then statistic and degrees of freedom as
+    /// tie-breakers; 1.0, 0, 0 when either variable has fewer than two categories. Cramer's V
+    /// (1946): value, chi-square. Lambda (Goodman & Kruskal 1954), target from predictor: value,
+    /// number of predictor categories.
+    void ComputeCriterion(std::int32_t criterion, double& value, double& tieBreak1,
+                          double& tieBreak2, double& extra1, double& extra2) const override;
+    bool GetCriterionForDisplay(std::int32_t criterion, double& first, double& second,
+                                double& third, double& fourth) const override;
+    void Display(std::ostream& out) const override;
+
+    /// Adds the cases of a later partition; partition order counts for the first category.
+    void MergeFrom(const FSCatPCatTAccum& other);
+
+    template <class Self, class Archive>
+    static void Fields(Self&& self, Archive& archive) {
+        archive("CAPRA", "FSCatPCatTAccum", self.fProcessed, self.fMissing, self.fFirstCategory,
+                self.fConstant, self.fPredCounts, self.fTargetCounts, self.fPairCounts);
+    }
+
+ private:
+    template <class Visit>
+    void ForEachCell(Visit visit) const;
+    bool HasTable() const { return fPredCounts.Size() >= 2 && fTargetCounts.Size() >= 2; }
+    double DegreesOfFreedom() const;
+    double Pearson() const;
+    double LikelihoodRatio() const;
+    double Lambda() const;
+
+    FSMapICnt fTargetCounts;  // weight per target category, of records with a valid predictor
+    FSMapPiCnt fPairCounts;   // weight per pair; its margins are the other two tables
+};
+
+#endif  // PREDSEL_FEATURESELECT_FSCATPCATTACCUM_H

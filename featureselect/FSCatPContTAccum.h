@@ -1,0 +1,40 @@
+#ifndef PREDSEL_FEATURESELECT_FSCATPCONTTACCUM_H
+#define PREDSEL_FEATURESELECT_FSCATPCONTTACCUM_H
+
+#include "featureselect/FSCategoricalAccum.h"
+#include "featureselect/FSMapIStat.h"
+
+/// A continuous target over the categories of a categorical predictor, for the F test.
+class FSCatPContTAccum : public FSCategoricalAccum {
+ public:
+    void AddPair(double predictor, double target, double weight, bool track) override;
+    void AddValue(double value, double weight, bool track) override;
+    void FinishData() override { fTargetStats.FinishVariances(); }
+    /// Criteria 4 and 5 alike, see FSFTest: p-value, F, valid weight, then the degrees of freedom.
+    void ComputeCriterion(std::int32_t criterion, double& value, double& tieBreak1,
+                          double& tieBreak2, double& extra1, double& extra2) const override;
+    bool GetCriterionForDisplay(std::int32_t criterion, double& first, double& second,
+                                double& third, double& fourth) const override;
+    void Display(std::ostream& out) const override;
+
+    /// Adds the cases of a later partition (Chan, Golub & LeVeque 1983); partition order counts for
+    /// the first category.
+    void MergeFrom(const FSCatPContTAccum& other);
+
+    template <class Self, class Archive>
+    static void Fields(Self&& self, Archive& archive) {
+        archive("CAPCO", "FSCatPContTAccum", self.fProcessed, self.fMissing, self.fFirstCategory,
+                self.fConstant, self.fTargetMean, self.fPredCounts, self.fTargetStats);
+    }
+
+ protected:
+    // Intended: with a continuous target, categories of one case never drop a predictor
+    // (TenDistinctValuesInTenRecordsFireReason5Only).
+    bool HasOneCaseRule() const override { return false; }
+
+ private:
+    double fTargetMean = 0;   // grand mean of the target over valid records
+    FSMapIStat fTargetStats;  // of the target, per predictor category
+};
+
+#endif  // PREDSEL_FEATURESELECT_FSCATPCONTTACCUM_H

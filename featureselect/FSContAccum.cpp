@@ -1,0 +1,63 @@
+#include "featureselect/FSContAccum.h"
+
+#include <cmath>
+
+#include "featureselect/FSDisplay.h"
+#include "featureselect/FSRunningMean.h"
+
+void FSContAccum::AddPair(double, double, double, bool) {}
+
+void FSContAccum::AddValue(double value, double weight, bool track) {
+    if (!(weight > 0.0)) return;
+    TrackConstant(value);
+    if (track) {
+        const FSMeanStep step(ValidWeight(), weight);
+        const double shift = step.Shift(value, fMean);
+        fMean += shift;
+        fSecondMoment += step.Moment(shift, shift);
+    }
+    fProcessed += weight;
+}
+
+void FSContAccum::FinishData() {
+    const double valid = ValidWeight();
+    if (valid > 1.0) fVariance = fSecondMoment / (valid - 1.0);
+}
+
+void FSContAccum::ComputeCriterion(std::int32_t, double&, double&, double&, double&,
+                                   double&) const {}
+
+bool FSContAccum::GetCriterionForDisplay(std::int32_t, double& first, double& second, double& third,
+                                         double& fourth) const {
+    SetMissing(first, second, third, fourth);
+    return false;
+}
+
+double FSContAccum::ScreenedStdDev() const { return std::sqrt(fVariance); }
+
+void FSContAccum::MergeFrom(const FSContAccum& other) {
+    const double mine = ValidWeight();
+    const double theirs = other.ValidWeight();
+    if (theirs > 0.0) {
+        if (mine > 0.0) {
+            const FSMeanJoin join(mine, theirs);
+            const double delta = other.fMean - fMean;
+            fMean += delta * join.fShare;
+            fSecondMoment += other.fSecondMoment + join.Moment(delta, delta);
+        } else {  // copied: no bit changes
+            fMean = other.fMean;
+            fSecondMoment = other.fSecondMoment;
+        }
+    }
+    MergeCounts(other);
+}
+
+void FSContAccum::Display(std::ostream& out) const {
+    FSDisplay::Start(out, "FSContAccum");
+    DisplayWeights(out);
+    DisplayConstant(out, "The first non-missing value = ");
+    FSDisplay::Line(out, "Mean = ", fMean);
+    FSDisplay::Line(out, "Second moment = ", fSecondMoment);
+    FSDisplay::Line(out, "Variance = ", fVariance);
+    FSDisplay::End(out, "FSContAccum");
+}

@@ -1,0 +1,40 @@
+#ifndef PREDSEL_FEATURESELECT_FSCONTACCUM_H
+#define PREDSEL_FEATURESELECT_FSCONTACCUM_H
+
+#include "featureselect/FSContinuousAccum.h"
+
+/// Mean and spread of a continuous predictor when there is no target: screening only.
+class FSContAccum : public FSContinuousAccum {
+ public:
+    void AddPair(double predictor, double target, double weight, bool track) override;
+    void AddValue(double value, double weight, bool track) override;
+    /// Sets the variance when the valid weight is above 1, and else leaves it.
+    void FinishData() override;
+    /// No criterion: the outputs stay as they are.
+    void ComputeCriterion(std::int32_t criterion, double& value, double& tieBreak1,
+                          double& tieBreak2, double& extra1, double& extra2) const override;
+    bool GetCriterionForDisplay(std::int32_t criterion, double& first, double& second,
+                                double& third, double& fourth) const override;
+    void Display(std::ostream& out) const override;
+
+    /// Adds the cases of a later partition (Chan, Golub & LeVeque 1983); partition order counts for
+    /// the first value.
+    void MergeFrom(const FSContAccum& other);
+
+    template <class Self, class Archive>
+    static void Fields(Self&& self, Archive& archive) {
+        archive("COPRE", "FSContAccum", self.fProcessed, self.fMissing, self.fFirstValue,
+                self.fConstant, self.fMean, self.fSecondMoment, self.fVariance);
+    }
+
+ protected:
+    double ScreenedMean() const override { return fMean; }
+    double ScreenedStdDev() const override;
+
+ private:
+    double fMean = 0;
+    double fSecondMoment = 0;  // sum of weight * (value - mean)^2
+    double fVariance = 0;      // set by FinishData
+};
+
+#endif  // PREDSEL_FEATURESELECT_FSCONTACCUM_H

@@ -1,0 +1,78 @@
+#include "featureselect/FSContPCatTAccum.h"
+
+#include <cmath>
+
+#include "featureselect/FSCriterion.h"
+#include "featureselect/FSDisplay.h"
+#include "featureselect/FSFTest.h"
+#include "featureselect/FSRunningMean.h"
+#include "featureselect/FSTruncate.h"
+
+void FSContPCatTAccum::AddPair(double predictor, double target, double weight, bool) {
+    if (!(weight > 0.0)) return;
+    TrackConstant(predictor);
+    fPredStats.Add(FSTruncate(target), predictor, weight);
+    fMean += FSMeanStep(ValidWeight(), weight).Shift(predictor, fMean);
+    fProcessed += weight;
+}
+
+void FSContPCatTAccum::AddValue(double, double, bool) {}
+
+void FSContPCatTAccum::ComputeCriterion(std::int32_t criterion, double& value, double& tieBreak1,
+                                        double& tieBreak2, double& extra1, double& extra2) const {
+    SetMissing(value, tieBreak1, tieBreak2, extra1, extra2);
+    const bool asChiSquare =
+        criterion == FSCriterion::kPearson || criterion == FSCriterion::kLikelihood;
+    if (!asChiSquare && criterion != FSCriterion::kFStat) return;
+    const FSFTest test = FSFTest::Of(fPredStats, fMean, ValidWeight());
+    value = test.fPValue;
+    tieBreak1 = test.fF;
+    tieBreak2 = asChiSquare ? -ValidWeight() : ValidWeight();
+    extra1 = test.fDf1;
+    extra2 = test.fDf2;
+}
+
+bool FSContPCatTAccum::GetCriterionForDisplay(std::int32_t criterion, double& first, double& second,
+                                              double& third, double& fourth) const {
+    SetMissing(first, second, third, fourth);
+    if (criterion != FSCriterion::kFStat) return false;
+    double validWeight = 0.0;
+    ComputeCriterion(criterion, first, second, validWeight, third, fourth);
+    return true;
+}
+
+double FSContPCatTAccum::ScreenedStdDev() const {
+    double weight = 0.0;
+    double moment = 0.0;
+    for (std::int32_t i = 0; i < fPredStats.Size(); ++i) {
+        const FSMapIStatEntry& group = fPredStats.GetAt(i);
+        const double deviation = fMean - group.fMean;
+        weight += group.fWeight;
+        moment += group.fSecondMoment + deviation * deviation * group.fWeight;
+    }
+    return weight > 1.0 ? std::sqrt(moment / (weight - 1.0)) : 0.0;
+}
+
+void FSContPCatTAccum::MergeFrom(const FSContPCatTAccum& other) {
+    const double mine = ValidWeight();
+    const double theirs = other.ValidWeight();
+    if (theirs > 0.0) {
+        if (mine > 0.0) {
+            fMean += (other.fMean - fMean) * FSMeanJoin(mine, theirs).fShare;
+        } else {
+            fMean = other.fMean;  // copied: no bit changes
+        }
+    }
+    fPredStats.MergeFrom(other.fPredStats);
+    MergeCounts(other);
+}
+
+void FSContPCatTAccum::Display(std::ostream& out) const {
+    FSDisplay::Start(out, "FSContPCatTAccum");
+    DisplayWeights(out);
+    FSDisplay::Line(out, "Grand mean of predictor = ", fMean);
+    DisplayConstant(out, "The first non-missing predictor value = ");
+    out << "Predictor statistics for target categories:\n";
+    fPredStats.Display(out);
+    FSDisplay::End(out, "FSContPCatTAccum");
+}

@@ -1,0 +1,41 @@
+#ifndef PREDSEL_FEATURESELECT_FSCONTPCATTACCUM_H
+#define PREDSEL_FEATURESELECT_FSCONTPCATTACCUM_H
+
+#include "featureselect/FSContinuousAccum.h"
+#include "featureselect/FSMapIStat.h"
+
+/// A continuous predictor over the categories of a categorical target, for the F test.
+class FSContPCatTAccum : public FSContinuousAccum {
+ public:
+    void AddPair(double predictor, double target, double weight, bool track) override;
+    void AddValue(double value, double weight, bool track) override;
+    void FinishData() override { fPredStats.FinishVariances(); }
+    /// Criteria 0, 1 and 4 alike, see FSFTest: p-value, F, valid weight, then the degrees of
+    /// freedom. The valid weight is negative for 0 and 1, where smaller goes first among equals.
+    void ComputeCriterion(std::int32_t criterion, double& value, double& tieBreak1,
+                          double& tieBreak2, double& extra1, double& extra2) const override;
+    bool GetCriterionForDisplay(std::int32_t criterion, double& first, double& second,
+                                double& third, double& fourth) const override;
+    void Display(std::ostream& out) const override;
+
+    /// Adds the cases of a later partition (Chan, Golub & LeVeque 1983); partition order counts for
+    /// the first value.
+    void MergeFrom(const FSContPCatTAccum& other);
+
+    template <class Self, class Archive>
+    static void Fields(Self&& self, Archive& archive) {
+        archive("COPRA", "FSContPCatTAccum", self.fProcessed, self.fMissing, self.fFirstValue,
+                self.fConstant, self.fMean, self.fPredStats);
+    }
+
+ protected:
+    double ScreenedMean() const override { return fMean; }
+    /// From the categories' second moments about the grand mean.
+    double ScreenedStdDev() const override;
+
+ private:
+    double fMean = 0;       // grand mean of the predictor over valid records
+    FSMapIStat fPredStats;  // of the predictor, per target category
+};
+
+#endif  // PREDSEL_FEATURESELECT_FSCONTPCATTACCUM_H
