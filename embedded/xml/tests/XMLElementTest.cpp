@@ -1,0 +1,96 @@
+#include <gtest/gtest.h>
+
+#include <locale>
+#include <sstream>
+
+#include "host/Records.h"
+#include "host/Xml.h"
+
+namespace MCCommonXML {
+namespace {
+
+std::string Written(const XMLElement& root, const XMLDocType* docType = nullptr,
+                    std::int32_t indent = 0) {
+    std::ostringstream stream;
+    WriteTree(stream, docType, root, indent);
+    return stream.str();
+}
+
+constexpr const char* kProlog = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+
+TEST(XMLElement, AttributesStandInTheOrderAdded) {
+    XMLElement root("Criterion");
+    root.AddAttribute("name", "Cramer V");
+    root.AddAttribute("criterionValue", 0.25);
+    root.AddAttribute("df", 3);
+    EXPECT_EQ(
+        Written(root),
+        std::string(kProlog) + "<Criterion name=\"Cramer V\" criterionValue=\"0.25\" df=\"3\"/>\n");
+}
+
+TEST(XMLElement, MissingNumberIsWrittenAsMissing) {
+    XMLElement root("Predictor");
+    root.AddAttribute("statisticValue", MCMV::gMissingValue);
+    EXPECT_EQ(Written(root), std::string(kProlog) + "<Predictor statisticValue=\"Missing\"/>\n");
+}
+
+TEST(XMLElement, AttributeAddedTwiceKeepsItsPlace) {
+    XMLElement root("Root");
+    root.AddAttribute("a", "1");
+    root.AddAttribute("b", "2");
+    root.AddAttribute("a", "3");
+    EXPECT_EQ(Written(root), std::string(kProlog) + "<Root a=\"3\" b=\"2\"/>\n");
+}
+
+TEST(XMLElement, AttributeAddedAfterChildrenIsWritten) {
+    XMLElement root("Root");
+    root.AddChild("Child");
+    root.AddAttribute("numberOfPredictors", 1.0);
+    EXPECT_EQ(Written(root),
+              std::string(kProlog) + "<Root numberOfPredictors=\"1\"><Child/></Root>\n");
+}
+
+TEST(XMLElement, TreeIsIndentedAndTextIsLeftInOneLine) {
+    XMLElement root("FSOutputOne");
+    XMLElement& header = root.AddChild("Header");
+    header.AddChild("Application").AddAttribute("version", "1.0");
+    header.AddChild("Timestamp").AddText("Thu Jan  1 00:00:00 1970");
+    root.AddChild(std::make_unique<XMLElement>("Target"));
+    const auto docType = XMLDocType::Create("FSOutputOne", "fsoutputonecrit.dtd");
+    EXPECT_EQ(Written(root, docType.get(), 1),
+              std::string(kProlog) +
+                  "<!DOCTYPE FSOutputOne SYSTEM \"fsoutputonecrit.dtd\">\n"
+                  "<FSOutputOne>\n"
+                  " <Header>\n"
+                  "  <Application version=\"1.0\"/>\n"
+                  "  <Timestamp>Thu Jan  1 00:00:00 1970</Timestamp>\n"
+                  " </Header>\n"
+                  " <Target/>\n"
+                  "</FSOutputOne>\n");
+}
+
+TEST(XMLElement, NoBreakIsPutBesideText) {
+    XMLElement root("A");
+    root.AddText("x < y");
+    root.AddChild("B").AddChild("C");
+    EXPECT_EQ(Written(root, nullptr, 2), std::string(kProlog) + "<A>x &lt; y<B><C/></B></A>\n");
+}
+
+TEST(XMLElement, NumbersIgnoreTheLocaleOfTheStream) {
+    struct Grouping : std::numpunct<char> {
+        char do_decimal_point() const override { return ','; }
+        char do_thousands_sep() const override { return '.'; }
+        std::string do_grouping() const override { return "\3"; }
+    };
+    XMLElement root("N");
+    root.AddAttribute("v", 1234567.5);
+    std::ostringstream stream;
+    stream.imbue(std::locale(std::locale::classic(), new Grouping));
+    WriteTree(stream, nullptr, root, 0);
+    XMLObj("O", 1).WriteSubElement(stream, std::int32_t{1234567});
+    EXPECT_EQ(stream.str(),
+              std::string(kProlog) + "<N v=\"1234567.5\"/>\n  <Int value=\"1234567\"/>\n");
+}
+
+}  // namespace
+}  // namespace MCCommonXML
