@@ -16,8 +16,8 @@ struct CommandReport;  // embedded/output/Report.h
 /// One session is active at a time, from construction to destruction, on one thread.
 class HostSession {
  public:
-    /// Borrows all three for its lifetime. Clears the error word, writes the command's name into the
-    /// system block and the split-file count into the global words.
+    /// Borrows all three for its lifetime. Clears the error word, writes the command's name into
+    /// the system block and the split-file count into the global words.
     HostSession(DataSet& data, const CommandTokens& command, CommandReport& report);
     ~HostSession();
     HostSession(const HostSession&) = delete;

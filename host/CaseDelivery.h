@@ -100,9 +100,6 @@ class UAInpAdaptMsg {
     void NoValidCases() const;
     /// No case can be valid: a warning, before the data are read.
     void NoValidCasesForSelect() const;
-
- private:
-    ProcedureDataSource& fSource;
 };
 
 #endif  // PREDSEL_HOST_CASEDELIVERY_H

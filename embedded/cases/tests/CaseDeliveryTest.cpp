@@ -1,0 +1,288 @@
+#include "host/CaseDelivery.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "embedded/HostSession.h"
+#include "embedded/command/CommandTokens.h"
+#include "embedded/data/DataSetBuilder.h"
+#include "embedded/output/Report.h"
+#include "host/HostGlobals.h"
+#include "host/Progress.h"
+
+namespace {
+
+using embedded::DataSet;
+using embedded::DataSetBuilder;
+using MCMV::gMissingValue;
+
+struct Specs final : UAVarValidSpecs {
+    using UAVarValidSpecs::UAVarValidSpecs;
+};
+struct Adapter final : UAInputAdapter {
+    using UAInputAdapter::UAInputAdapter;
+};
+struct Iterator final : UAProcDataSourceIter {
+    using UAProcDataSourceIter::UAProcDataSourceIter;
+};
+
+// A session over a data set, with all its variables registered in order.
+class Delivery {
+ public:
+    Delivery(DataSet data, const std::vector<bool>& categorical, bool userMissExclude = true)
+        : fData(std::move(data)),
+          fCommands(embedded::ParseCommandText("SELECTPRED x;", "test").fvCommands),
+          fSession(fData, fCommands.front(), fReport),
+          fSpecs(true, userMissExclude, true) {
+        for (std::int32_t i = 0; i < fData.ColumnCount(); ++i) {
+            if (i == fData.WeightIndex()) {
+                fSpecs.SetWeightVar(i);
+            } else {
+                fSpecs.AddVariable(i, categorical[static_cast<std::size_t>(i)]);
+            }
+        }
+        fpAdapter = std::make_unique<Adapter>(&fSpecs, fSource);
+        fpIterator = std::make_unique<Iterator>(*fpAdapter, true);
+    }
+
+    std::vector<std::vector<double>> ReadAll() {
+        std::vector<std::vector<double>> rows;
+        while (const MCCommon::Record* record = fpIterator->Next()) {
+            std::vector<double>& row = rows.emplace_back();
+            for (std::int32_t i = 0; i < record->Size(); ++i) row.push_back((*record)[i]);
+        }
+        return rows;
+    }
+
+    DataSet fData;
+    std::vector<embedded::CommandTokens> fCommands;
+    embedded::CommandReport fReport;
+    embedded::HostSession fSession;
+    ProcedureDataSource fSource;
+    Specs fSpecs;
+    std::unique_ptr<Adapter> fpAdapter;
+    std::unique_ptr<Iterator> fpIterator;
+};
+
+using Rows = std::vector<std::vector<double>>;
+
+TEST(CaseDelivery, RecordColumnsFollowTheOrderOfRegistration) {
+    Specs specs(true, true, true);
+    EXPECT_EQ(specs.AddVariable(7, true), 0);
+    EXPECT_EQ(specs.SetWeightVar(3), 1);
+    std::vector<std::int32_t> columns;
+    specs.AddVariables({4, 5}, columns, {false, true});
+    EXPECT_EQ(columns, (std::vector<std::int32_t>{2, 3}));
+    EXPECT_EQ(specs.GetNRecordVars(), 4);
+    EXPECT_EQ(specs.GetKOLTVarIndex(2), 4);
+    EXPECT_TRUE(specs.GetKOLTCatVar(7));
+    EXPECT_FALSE(specs.GetKOLTCatVar(4));
+    EXPECT_FALSE(specs.GetKOLTCatVar(99)) << "not registered";
+    EXPECT_EQ(specs.GetWeightColumn(), 1);
+}
+
+TEST(CaseDelivery, CodesAscendByValueWhateverTheOrderOfRows) {
+    Delivery run(DataSetBuilder()
+                     .Strings("s", {"b", "a", std::nullopt, "c", "a"})
+                     .Numbers("n", {10, -3, 10, gMissingValue, 2.5})
+                     .Build(),
+                 {true, true});
+    EXPECT_EQ(run.ReadAll(), (Rows{{1, 2}, {0, 0}, {-1, 2}, {2, -1}, {0, 1}}));
+    EXPECT_EQ(run.fpAdapter->GetCatVarSize(0), 3);
+    EXPECT_EQ(run.fpAdapter->GetCatVarSize(1), 3);
+}
+
+TEST(CaseDelivery, CodesAreDecodedToTheirValues) {
+    Delivery run(DataSetBuilder().Strings("s", {"b", "a"}).Numbers("n", {5, 4}).Build(),
+                 {true, true});
+    std::int32_t variable = -1;
+    KoltObs value;
+    ASSERT_TRUE(run.fpAdapter->DecodeCatValue(0, 1, variable, value));
+    EXPECT_EQ(variable, 0);
+    EXPECT_EQ(value, KoltObs(std::string("b")));
+    ASSERT_TRUE(run.fpAdapter->DecodeCatValue(1, 0, variable, value));
+    EXPECT_EQ(value, KoltObs(4.0));
+    EXPECT_FALSE(run.fpAdapter->DecodeCatValue(1, 2, variable, value));
+    EXPECT_FALSE(run.fpAdapter->DecodeCatValue(1, -1, variable, value));
+}
+
+TEST(CaseDelivery, ContinuousValuesArriveAsTheyAreWithTheirRange) {
+    Delivery run(DataSetBuilder()
+                     .Numbers("x", {2, gMissingValue, -7.5, 4})
+                     .Numbers("y", {gMissingValue, gMissingValue, gMissingValue, gMissingValue})
+                     .Build(),
+                 {false, false});
+    EXPECT_EQ(run.ReadAll(), (Rows{{2, gMissingValue},
+                                   {gMissingValue, gMissingValue},
+                                   {-7.5, gMissingValue},
+                                   {4, gMissingValue}}));
+    EXPECT_EQ(run.fpAdapter->GetContMinValue(0), -7.5);
+    EXPECT_EQ(run.fpAdapter->GetContMaxValue(0), 4);
+    EXPECT_EQ(run.fpAdapter->GetContMinValue(1), gMissingValue);
+    EXPECT_EQ(run.fpAdapter->GetContMaxValue(1), gMissingValue);
+}
+
+DataSet WithUserMissing() {
+    return DataSetBuilder()
+        .Numbers("x", {1, 99, 3, 150})
+        .Missing({true, 100, 200, {KoltObs(99.0)}})
+        .Numbers("c", {1, 2, 9, 1})
+        .Missing({false, 0, 0, {KoltObs(9.0)}})
+        .Strings("s", {"a", "?", "b", "a"})
+        .Missing({false, 0, 0, {KoltObs(std::string("?"))}})
+        .Build();
+}
+
+TEST(CaseDelivery, UserMissingExcludedArrivesAsMissing) {
+    Delivery run(WithUserMissing(), {false, true, true}, true);
+    EXPECT_EQ(run.ReadAll(),
+              (Rows{{1, 0, 0}, {gMissingValue, 1, -1}, {3, -1, 1}, {gMissingValue, 0, 0}}));
+    EXPECT_EQ(run.fpAdapter->GetCatVarSize(1), 2);
+    EXPECT_EQ(run.fpAdapter->GetContMaxValue(0), 3);
+}
+
+TEST(CaseDelivery, UserMissingIncludedArrivesAsValue) {
+    Delivery run(WithUserMissing(), {false, true, true}, false);
+    EXPECT_EQ(run.ReadAll(), (Rows{{1, 0, 1}, {99, 1, 0}, {3, 2, 2}, {150, 0, 1}}));
+    EXPECT_EQ(run.fpAdapter->GetCatVarSize(2), 3);
+}
+
+TEST(CaseDelivery, CasesWithoutAWeightAboveZeroAreNotDelivered) {
+    Delivery run(DataSetBuilder()
+                     .Strings("s", {"only here", "b", "c", "d", "b", "c"})
+                     .Numbers("w", {0, 1, gMissingValue, -2, 3, 99})
+                     .Missing({false, 0, 0, {KoltObs(99.0)}})
+                     .Weight()
+                     .Build(),
+                 {true, false}, false);
+    EXPECT_EQ(run.ReadAll(), (Rows{{0, 1}, {0, 3}})) << "codes close up over the delivered cases";
+    EXPECT_EQ(run.fpAdapter->GetCatVarSize(0), 1);
+    EXPECT_FALSE(run.fReport.fbFractionalWeights);
+}
+
+TEST(CaseDelivery, FractionalWeightsAreNotedInTheReport) {
+    Delivery run(DataSetBuilder().Numbers("x", {1, 2}).Numbers("w", {1, 0.4}).Weight().Build(),
+                 {false, false});
+    EXPECT_TRUE(run.fReport.fbFractionalWeights);
+    EXPECT_EQ(run.ReadAll().size(), 2U);
+}
+
+TEST(CaseDelivery, NoRowsIsNoValidCase) {
+    Delivery run(DataSetBuilder().Numbers("x", {}).Build(), {false});
+    EXPECT_EQ(run.fpIterator->GetFailReason(), MCCommon::kITER_NO_VALID_CASE);
+    EXPECT_FALSE(run.fpIterator->HasMore());
+    EXPECT_EQ(run.fpIterator->Next(), nullptr);
+}
+
+TEST(CaseDelivery, AllWeightsZeroIsNoValidCase) {
+    Delivery run(DataSetBuilder().Numbers("x", {1, 2}).Numbers("w", {0, 0}).Weight().Build(),
+                 {false, false});
+    EXPECT_EQ(run.fpIterator->GetFailReason(), MCCommon::kITER_NO_VALID_CASE);
+}
+
+TEST(CaseDelivery, FailReasonIsSuccessBeforeDuringAndAfterAPassWithCases) {
+    Delivery run(DataSetBuilder().Numbers("x", {1}).Build(), {false});
+    EXPECT_EQ(run.fpIterator->GetFailReason(), MCCommon::kITER_SUCCESS);
+    run.ReadAll();
+    EXPECT_FALSE(run.fpIterator->HasMore());
+    EXPECT_EQ(run.fpIterator->GetFailReason(), MCCommon::kITER_SUCCESS);
+}
+
+TEST(CaseDelivery, AStringReadAsANumberIsMissing) {
+    Delivery run(DataSetBuilder().Strings("s", {"1", "2"}).Build(), {false});
+    EXPECT_EQ(run.ReadAll(), (Rows{{gMissingValue}, {gMissingValue}}));
+}
+
+TEST(CaseDelivery, ASecondPassGivesTheSameRecords) {
+    Delivery run(DataSetBuilder().Strings("s", {"b", "a"}).Numbers("x", {1, 2}).Build(),
+                 {true, false});
+    const Rows first = run.ReadAll();
+    run.fpIterator->NewPass();
+    EXPECT_EQ(run.ReadAll(), first);
+    EXPECT_EQ(run.fpAdapter->GetCatVarSize(0), 2);
+}
+
+TEST(CaseDelivery, AskingForMoreTwiceLosesNoCase) {
+    Delivery run(DataSetBuilder().Numbers("x", {1, 2}).Build(), {false});
+    EXPECT_TRUE(run.fpIterator->HasMore());
+    EXPECT_TRUE(run.fpIterator->HasMore());
+    EXPECT_EQ(run.ReadAll().size(), 2U);
+}
+
+class OddCases final : public UAProcDataSourceIter {
+ public:
+    explicit OddCases(UAInputAdapter& adapter) : UAProcDataSourceIter(adapter, false) {}
+    bool PreprocessCase() override { return fSeen++ % 2 == 0; }
+
+ private:
+    int fSeen = 0;
+};
+
+TEST(CaseDelivery, PreprocessCaseLeavesCasesOut) {
+    Delivery run(DataSetBuilder().Numbers("x", {1, 2, 3}).Build(), {false});
+    OddCases odd(*run.fpAdapter);
+    std::vector<double> seen;
+    while (const MCCommon::Record* record = odd.Next()) seen.push_back((*record)[0]);
+    EXPECT_EQ(seen, (std::vector<double>{1, 3}));
+}
+
+class Counter final : public ProgressListener {
+ public:
+    void OnProgress(const ProgressReport& report) override {
+        fvRecords.push_back(report.GetInteger("records"));
+        EXPECT_EQ(report.GetInteger("totalRecords"), embedded::kChunkRows + 1);
+        EXPECT_GE(report.GetDouble("elapsedTime"), 0.0);
+    }
+    std::vector<std::int32_t> fvRecords;
+};
+
+class ChunkBorder : public testing::TestWithParam<std::int32_t> {};
+
+TEST_P(ChunkBorder, EveryRowIsDeliveredOnce) {
+    const std::int32_t rows = embedded::kChunkRows + GetParam();
+    std::vector<double> numbers;
+    std::vector<std::optional<std::string>> texts;
+    for (std::int32_t row = 0; row < rows; ++row) {
+        numbers.push_back(row);
+        texts.push_back(row % 7 == 0
+                            ? std::nullopt
+                            : std::optional(std::string(1, static_cast<char>('a' + row % 5))));
+    }
+    Delivery run(DataSetBuilder().Numbers("x", numbers).Strings("s", texts).Build(), {false, true});
+    std::int32_t row = 0;
+    while (const MCCommon::Record* record = run.fpIterator->Next()) {
+        ASSERT_EQ((*record)[0], row);
+        ASSERT_EQ((*record)[1], row % 7 == 0 ? -1 : row % 5) << row;
+        ++row;
+    }
+    EXPECT_EQ(row, rows);
+}
+INSTANTIATE_TEST_SUITE_P(Rows, ChunkBorder, testing::Values(-1, 0, 1));
+
+TEST(CaseDelivery, ProgressIsToldAtEachChunkAndAtTheEnd) {
+    std::vector<double> numbers(static_cast<std::size_t>(embedded::kChunkRows) + 1, 1.0);
+    Delivery run(DataSetBuilder().Numbers("x", numbers).Build(), {false});
+    Counter counter;
+    run.fSession.SetProgress(&counter);
+    run.ReadAll();
+    EXPECT_EQ(counter.fvRecords,
+              (std::vector<std::int32_t>{embedded::kChunkRows, embedded::kChunkRows + 1}));
+}
+
+TEST(CaseDelivery, NoValidCasesSetsTheErrorWordAndTheWarningDoesNot) {
+    Delivery run(DataSetBuilder().Numbers("x", {}).Build(), {false});
+    const UAInpAdaptMsg messages(run.fSource);
+    messages.NoValidCasesForSelect();
+    EXPECT_EQ(pvGetCmnGlb()[kErrorWord], 0);
+    messages.NoValidCases();
+    EXPECT_NE(pvGetCmnGlb()[kErrorWord], 0);
+    ASSERT_EQ(run.fReport.fvMessages.size(), 2U);
+    EXPECT_EQ(run.fReport.fvMessages[0].fLevel, embedded::MessageLevel::Warning);
+    EXPECT_EQ(run.fReport.fvMessages[1].fLevel, embedded::MessageLevel::Error);
+}
+
+}  // namespace
