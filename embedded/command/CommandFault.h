@@ -34,9 +34,6 @@ std::string ShownText(std::string_view text);
 /// long line only the part around the caret is shown.
 std::string Excerpt(const SourceText& source, TextPlace place);
 
-/// Words in one text: "A, B and C", with the word that joins the last two.
-std::string JoinedWords(const std::vector<std::string>& words, std::string_view lastJoin);
-
 /// Adds the fault to the running command's report as an error of the command language and sets the
 /// host's error word. Needs an active HostSession.
 void ReportFault(const CommandFault& fault);

@@ -24,6 +24,9 @@ struct ReportMessage {
     MessageLevel fLevel = MessageLevel::Note;
     std::string fKey;   // string-table key; the text itself when it has none
     std::string fText;  // as shown; line breaks are kept
+    /// The command language refused the command. The lines after the first are then a line of the
+    /// command and a caret under it: for fixed-width type, not wrapped, blanks kept.
+    bool fbCommandLanguage = false;
 };
 
 /// A chart in the forms in which renderers pass it on.
