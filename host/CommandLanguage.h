@@ -23,9 +23,8 @@ enum OperatorCode : std::int32_t {
     kOpLeftParen = 13,
     kOpRightParen = 14,
     kOpColon = 16,
-    kOpRange = 18,      // ".."
-    kOpSemicolon = 20,  // ends a command
-    kOpOther = 99       // a character that is no operator of the language
+    kOpRange = 18,     // ".."
+    kOpSemicolon = 20  // ends a command
 };
 
 }  // namespace TokenSequenceBase
@@ -33,7 +32,8 @@ enum OperatorCode : std::int32_t {
 enum class TokenKind { Name, Number, String, Operator, End };
 
 /// One token of a command. A word and a name in double quotes are names; a text in single quotes
-/// is a string.
+/// is a string. Characters that are no part of the language never become tokens: the host refuses
+/// the text before it runs a command.
 class TokenInfoObj {
  public:
     TokenInfoObj() = default;
@@ -120,13 +120,15 @@ enum BdryOption : std::int32_t { kBdryIncluded = 1, kBdryExcluded = 2 };
 /// afterwards reaches the copy no more.
 class ParamDescriptor {
  public:
-    /// valueRequired false: the value may be left out; brackets is 0.
+    /// valueRequired false: the value may be left out; brackets is 0, the one form that there is.
     ParamDescriptor(std::string name, ParamSpec spec, bool mandatory, bool valueRequired,
                     std::int32_t brackets = 0);
     void addStringValue(std::string word);
     void setLowerBdry(double bound, BdryOption option);
     void setUpperBdry(double bound, BdryOption option);
-    /// Qualifiers in parentheses after the value: NAME=WORD. Option 0: they may be left out.
+    /// Qualifiers in parentheses after the value: NAME=WORD. They stay among the value's tokens
+    /// with their parentheses, for the procedure to examine. Option 0, the one that there is: they
+    /// may be left out.
     void setQualifOption(std::int32_t option);
     void addQualifDesc(std::string name);
 
@@ -210,8 +212,8 @@ class ParamObj {
     /// The value's keywords as typed and in upper case, same size and order.
     std::vector<std::string> getStringList() const;
     std::vector<std::string> getUpperStringList() const;
-    /// All tokens of the value. For SUBSET MAXSIZE the qualifier's parentheses are among them; the
-    /// parentheses around a list are not.
+    /// All tokens of the value, commas of a list included. For SUBSET MAXSIZE the qualifier's
+    /// parentheses are among them; the parentheses around a list are not.
     const TokenList& getTokenList() const { return fvTokens; }
     KoltVarName getVarName() const;
     /// The path of a file parameter: false when there is none. Both flags are the host's.
@@ -268,12 +270,16 @@ class CommandSpec {
 
 /// Reads the tokens of a command by its descriptor. Everything that the descriptor rules out is
 /// reported here, with line and column and what was expected.
+///
+/// A value is written PARAM=value or PARAM(value), a list PARAM=(a b), PARAM=(a, b), PARAM(a b) or
+/// PARAM=a b up to the next parameter. Words are written out, in any case. A subcommand holds at
+/// least one parameter, each subcommand and parameter stands at most once.
 class UniversalParser {
  public:
     /// All three borrowed.
     UniversalParser(KOLT_TokenSequence& tokens, CommandSpec& spec,
                     const CommandDescriptor& descriptor);
-    /// Zero on success.
+    /// Zero on success, else how many faults were reported: one a subcommand at most.
     std::int32_t getCommandSpecifications();
 
  private:
@@ -327,6 +333,12 @@ class ParserMessage {
 };
 
 /// A list of variables that a command names, resolved against the dictionary.
+///
+/// A list holds names, first..last in the order of the file, stem* and ALL, with blanks or commas
+/// between them. A name stands for the variable of exactly that name, else for the only one that
+/// has it but for the case of ASCII letters. A variable that a range, a pattern or ALL would bring
+/// in, and that has a place already, is left out silently; so are string variables where only
+/// numeric ones serve. Named by its own name, either is a fault.
 class VarSpecObj {
  public:
     /// parameter and subcommand say where the list stands, for messages; numericOnly refuses string
@@ -340,18 +352,21 @@ class VarSpecObj {
     /// Takes the one variable of this dictionary index. False, with a message, when it cannot
     /// serve.
     bool SetVariable(std::int32_t index);
-    /// Resolves a list: names, first..last, stem*, ALL. repeatOption 0 refuses a variable named
-    /// twice, 2 drops the repetition. False, with a message, when it cannot be resolved.
+    /// Resolves a list. repeatOption 0 refuses a variable named twice, 2 drops the repetition.
+    /// False, with a message, when it cannot be resolved; the list is empty then.
     bool ValidateVariables(const TokenList& tokens, std::int32_t repeatOption);
     /// Resolves one name: its index, or a negative number after a message.
     std::int32_t ValidateVariable(const KoltVarName& name);
     /// Resolves `target [(qualifiers)] [BY factors] [WITH covariates]`: the target into this
-    /// object, the others into theirs. Variables of the exclusion list are dropped from both. With
-    /// neither BY nor WITH and SetAllVarsByDefault, all other variables are predictors by
-    /// measurement level: scale ones covariates, the rest factors.
+    /// object, the others into theirs. Variables of the exclusion list are dropped from both; a
+    /// target that the exclusion list names by its own name is a fault. So is a predictor named in
+    /// both lists, under either repeatOption. With neither BY nor WITH and SetAllVarsByDefault, all
+    /// other variables are predictors by measurement level: scale ones covariates, the rest
+    /// factors. False, with a message, also when no predictor is left.
     bool ValidateRegrVarList(const TokenList& tokens, VarSpecObj& factors, VarSpecObj& covariates,
                              std::int32_t repeatOption,
                              const std::vector<const VarSpecObj*>& exclusion);
+    /// Qualifiers after the target are refused, as by VariableNoQualif, unless allowed.
     void SetAllowQualifiers(bool allow) { fbAllowQualifiers = allow; }
     void SetAllVarsByDefault(bool allVars) { fbAllVarsByDefault = allVars; }
     /// String-table key of the message when no predictor is left.
@@ -359,9 +374,12 @@ class VarSpecObj {
 
     /// True when the two share no variable; else the clash is reported.
     bool CheckCommonVars(const VarSpecObj& other) const;
-    /// Drops all variables of the others from this object; true when any remain. Level 0: silently.
+    /// Drops all variables of the others from this object; true when any remain. Level 0, the one
+    /// that there is: silently.
     bool ExcludeCommonVars(const std::vector<const VarSpecObj*>& others, std::int32_t level);
-    /// Negative when the name is free for a new variable, else 0 or above after a message.
+    /// Negative when the name is free for a new variable, else 0 or above after a message. A name
+    /// is free when no variable has it, the case of ASCII letters aside, when it neither begins nor
+    /// ends with a blank and holds no control character. It may be as long as any name of the data.
     std::int32_t CheckNewVariable(const KoltVarName& name) const;
 
     const std::vector<std::int32_t>& GetValidVarList() const { return fvIndices; }
@@ -375,15 +393,26 @@ class VarSpecObj {
     std::string GetFirstName() const;
 
  private:
+    struct Resolver;  // the host's
+
+    /// How a variable came into the list.
+    struct Origin {
+        std::int32_t fLine = 0;  // 0 when not written in the command
+        std::int32_t fColumn = 0;
+        bool fbByName = false;  // by its own name, not by a range, a pattern or ALL
+    };
+
     std::string fParameter;
     std::string fSubcommand;
-    std::string fCommand;
+    std::string fRole;  // the list in messages
     std::string fNoVarsKey;
+    std::vector<std::string> fvSubcommandNames;
     const ProcedureDataSource* fpSource;  // borrowed
     bool fbNumericOnly;
     bool fbAllowQualifiers = false;
     bool fbAllVarsByDefault = false;
     std::vector<std::int32_t> fvIndices;
+    std::vector<Origin> fvOrigins;  // one an index
     TokenList fvQualifiers;
 };
 
