@@ -52,6 +52,7 @@ class FSAlgorithm : public IFSAlgorithm {
     bool IsRanked() const override { return fRanked; }
     void Display(std::ostream& out) const override;
 
+    /// Needs FSPredictorSetFields.h where it meets an archive.
     template <class Self, class Archive>
     static void Fields(Self&& self, Archive& archive) {
         archive("FSAlgorithm 1.00", "FSAlgorithm 1.00", *self.fpSettings, self.fPredictorSet,

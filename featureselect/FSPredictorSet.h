@@ -135,6 +135,10 @@ class FSPredictorSet {
 
     void Display(std::ostream& out) const;
 
+    /// In FSPredictorSetFields.h.
+    template <class Self, class Archive>
+    static void Fields(Self&& self, Archive& archive);
+
  private:
     struct Transaction;
     struct Outputs;
