@@ -60,6 +60,9 @@ struct ReportTable {
     std::vector<ReportCell> fvCells;  // row by row as laid out
 };
 
+/// The dimensions of one axis, outermost first.
+std::vector<std::size_t> AxisDimensions(const ReportTable& table, ReportAxis axis);
+
 }  // namespace embedded
 
 #endif  // PREDSEL_EMBEDDED_OUTPUT_REPORTTABLE_H
