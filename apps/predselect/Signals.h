@@ -1,0 +1,18 @@
+#ifndef PREDSEL_APPS_SIGNALS_H
+#define PREDSEL_APPS_SIGNALS_H
+
+namespace app {
+
+/// SIGINT and SIGTERM from now on: while nothing but reading has happened they end the process at
+/// once, with one line on standard error. SIGPIPE no longer ends it.
+void CatchSignals();
+
+/// From now on a signal asks the running command to stop and is answered by Interrupted().
+void StopThroughCommands();
+
+/// A signal has come since StopThroughCommands.
+bool Interrupted();
+
+}  // namespace app
+
+#endif  // PREDSEL_APPS_SIGNALS_H

@@ -1,0 +1,22 @@
+#ifndef PREDSEL_APPS_TERMINAL_H
+#define PREDSEL_APPS_TERMINAL_H
+
+#include <cstdint>
+
+#include "apps/predselect/Options.h"
+
+namespace app {
+
+/// Columns for text on standard output: those asked for, else the terminal's, else 100.
+std::int32_t TextWidth(std::int32_t asked);
+
+/// Whether text on standard output is coloured: as asked; Auto colours a terminal, unless the
+/// environment holds NO_COLOR.
+bool UseColor(ColorMode mode);
+
+/// Whether standard error is a terminal.
+bool ProgressIsSeen();
+
+}  // namespace app
+
+#endif  // PREDSEL_APPS_TERMINAL_H
