@@ -4,7 +4,8 @@
 #include <cmath>
 
 /// A number of about 31 digits, the unevaluated sum of two doubles (Dekker 1971, Knuth 1969).
-/// For values and intermediate results far from the ends of the range of doubles, all finite.
+/// For values and results far from the ends of the range of doubles. Only a quotient may leave it:
+/// it then is the infinity or zero that plain doubles give.
 class FSDoubleDouble {
  public:
     FSDoubleDouble(double value = 0.0) : fHigh(value) {}  // implicit: a double is one exactly
@@ -42,6 +43,8 @@ class FSDoubleDouble {
     }
     friend FSDoubleDouble operator/(const FSDoubleDouble& a, const FSDoubleDouble& b) {
         const double first = a.fHigh / b.fHigh;
+        if (!std::isfinite(first) || first == 0.0)
+            return first;  // over- or underflow, nothing to refine
         const FSDoubleDouble rest = a - b * first;
         const double second = rest.fHigh / b.fHigh;
         const double third = (rest - b * second).fHigh / b.fHigh;

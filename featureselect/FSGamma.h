@@ -5,6 +5,10 @@
 /// above 0, NaN, or so large that the result leaves the range of doubles.
 double LogGamma(double x);
 
+/// The error of Stirling's formula: LogGamma(z) - ((z - 0.5) log(z) - z + log(2 pi) / 2),
+/// for z above 0.
+double StirlingError(double z);
+
 /// Regularized incomplete gamma function: the lower P(a, x), or the upper Q(a, x) = 1 - P(a, x)
 /// when lower is false. x not above 0 counts as 0.
 /// error: kNUMERIC_OK; kNUMERIC_BAD_ARGUMENT for an a that isn't finite and above 0 or a NaN x,

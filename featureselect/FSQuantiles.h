@@ -14,8 +14,10 @@ double ChiSquareQuantile(double p, double df);
 /// kNUMERIC_NO_RESULT when there is no bracket; both with the missing value.
 double ChiSquareQuantileBisect(double p, double df, double start, int& error);
 
-/// The x with I_x(a, b) = p, closed forms for a or b of 1 and a = b = 0.5. Missing when p isn't
-/// from 0 to 1 or a or b isn't finite and above 0, save p = 0 and 1, which give themselves.
+/// The x with I_x(a, b) = p; closed forms for a or b of 1 and a = b = 0.5. Missing when p isn't
+/// from 0 to 1 or no x from 0 to 1 comes out. The cases that need no search are tested before the
+/// parameters: p = 0 and p = 1 give themselves, p = 0.5 with a equal to b gives 0.5, and b up to
+/// a * 1e-20 gives 1.0, for whatever a and b.
 /// Cran, Martin and Thomas (1977), Algorithm AS 109. Intended: every Newton point is kept within
 /// 1e-8 to 0.9999999, so no result of the search lies outside (test
 /// BetaQuantile.NewtonPointsStayWithinTheirBounds).
