@@ -4,6 +4,11 @@
 
 namespace {
 
+constexpr const char* kBelowPossiblePreds =
+    "Parameter ^1 less than number of possible predictors in ^3, not subcommand ^2...";
+constexpr const char* kAtMostPossiblePreds =
+    "Parameter ^1 less than or equal to number of possible predictors in ^3, not ^2...";
+
 void Send(std::int32_t level, const char* key, const char* first, const char* second,
           const char* third) {
     if (key == nullptr) {
@@ -52,11 +57,8 @@ void PRSMessage::NoPredsAvailable() const { Error("No predictors available in da
 void PRSMessage::ParamBelowPossiblePreds(const std::string& parameter,
                                          const std::string& subcommand, const std::string& command,
                                          bool mustBeLess) const {
-    Error(mustBeLess ? "Parameter ^1 less than number of possible predictors in ^3, not "
-                       "subcommand ^2..."
-                     : "Parameter ^1 less than or equal to number of possible predictors in ^3, "
-                       "not ^2...",
-          parameter.c_str(), subcommand.c_str(), command.c_str());
+    Error(mustBeLess ? kBelowPossiblePreds : kAtMostPossiblePreds, parameter.c_str(),
+          subcommand.c_str(), command.c_str());
 }
 
 void PRSMessage::ParamBelowUniquePreds(const std::string& parameter, const std::string& command,

@@ -2,6 +2,7 @@
 
 #include "backend/predselect/PRSGrammar.h"
 #include "backend/predselect/PRSValidSpecs.h"
+#include "host/Assertion.h"
 #include "host/HostGlobals.h"
 
 // The road of a command: declaration, form, order of the handlers. The handlers stand in
@@ -53,6 +54,12 @@ void PRSParser::MakeVarSpecs() {
 
 bool PRSParser::Run(const SubComObj* subcommand, Handler handler) {
     return subcommand == nullptr || (this->*handler)(*subcommand);
+}
+
+const ParamObj& PRSParser::Required(const SubComObj& subcommand, std::string_view name) {
+    const ParamObj* parameter = subcommand.getParamObj(name);
+    PREDSEL_ASSERT(parameter != nullptr, "parameter != 0");
+    return *parameter;
 }
 
 bool PRSParser::HandleSubComs(const CommandSpec& command) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "backend/predselect/PRSMessage.h"
@@ -12,8 +13,9 @@
 class PRSValidSpecs;
 
 /// Reads one SELECTPRED or NAIVEBAYES command and fills the specification with it. The host checks
-/// the form of the command by PRSGrammar; one handler a subcommand then checks its sense against
-/// the data and stores it. A handler reports a fault where it finds it and returns false.
+/// the form of the command by PRSGrammar and refuses a subcommand without any parameter; one
+/// handler a subcommand then checks its sense against the data and stores it. A handler reports a
+/// fault where it finds it and returns false.
 ///
 /// Owns the variable lists that the specification points at, so it has to outlive every reader of
 /// them.
@@ -83,6 +85,8 @@ class PRSParser {
     bool ReadPredProb(const ParamObj& parameter);
     bool HandleOutfile(const SubComObj& subcommand);
 
+    /// A parameter without which the host refuses the subcommand.
+    static const ParamObj& Required(const SubComObj& subcommand, std::string_view name);
     bool IsNoSelection() const;
     PredictorMix GetPredictorMix() const;
     std::int32_t GetPredictorCount() const {

@@ -81,13 +81,13 @@ bool PRSParser::HandleSelectCriteria(const SubComObj& subcommand) {
 
 bool PRSParser::HandleMissing(const SubComObj& subcommand) {
     fpValidSpecs->SetUserMissExclude(
-        subcommand.getParamObj("USERMISSING")->isStringValueCase("EXCLUDE"));
+        Required(subcommand, "USERMISSING").isStringValueCase("EXCLUDE"));
     return true;
 }
 
 bool PRSParser::HandleMacroVar(const SubComObj& subcommand) {
-    fpValidSpecs->SetFactorMacroVar(subcommand.getParamObj("FACTORS")->getVarName());
-    fpValidSpecs->SetCovarMacroVar(subcommand.getParamObj("COVARIATES")->getVarName());
+    fpValidSpecs->SetFactorMacroVar(Required(subcommand, "FACTORS").getVarName());
+    fpValidSpecs->SetCovarMacroVar(Required(subcommand, "COVARIATES").getVarName());
     return true;
 }
 

@@ -4,6 +4,7 @@
 
 #include "backend/predselect/PRSParser.h"
 #include "backend/predselect/PRSValidSpecs.h"
+#include "host/Assertion.h"
 
 // SUBSET, SAVE and OUTFILE of NAIVEBAYES.
 
@@ -16,7 +17,8 @@ bool IsOperator(const TokenInfoObj& token, TokenSequenceBase::OperatorCode code)
 }  // namespace
 
 bool PRSParser::HandleSubset(const SubComObj& subcommand) {
-    if (subcommand.getParamListSize() != 1) {
+    PREDSEL_ASSERT(subcommand.getParamListSize() > 0, "nParams > 0");
+    if (subcommand.getParamListSize() > 1) {
         fParserMessage.ParamExclusive(subcommand.getParamObjAt(0).getParamName(),
                                       subcommand.getParamObjAt(1).getParamName(), "SUBSET");
         return false;
@@ -173,7 +175,7 @@ bool PRSParser::ReadPredProb(const ParamObj& parameter) {
 
 bool PRSParser::HandleOutfile(const SubComObj& subcommand) {
     std::string path;
-    subcommand.getParamObj("MODEL")->getFilePath(path, true, true);
+    Required(subcommand, "MODEL").getFilePath(path, true, true);
     fpValidSpecs->SetModelFile(std::move(path));
     return true;
 }

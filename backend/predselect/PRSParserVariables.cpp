@@ -96,10 +96,9 @@ bool PRSParser::HandleTrainSample(const SubComObj& subcommand) {
 }
 
 bool PRSParser::HandleExcept(const SubComObj& subcommand) {
-    const ParamObj* variables = subcommand.getParamObj("VARIABLES");
     // Intended: a bad list is left to the host's message and error word, so that the rest of the
     // command is examined too. ABadListFailsByTheErrorWordOnly holds it.
-    fpExceptSpec->ValidateVariables(variables->getTokenList(), 2);
+    fpExceptSpec->ValidateVariables(Required(subcommand, "VARIABLES").getTokenList(), 2);
     if (!fbUniVariable) {
         fpExceptSpec->ExcludeCommonVars({fpForceFactorSpec.get(), fpForceCovarSpec.get()}, 0);
     }
