@@ -293,7 +293,6 @@ class UniversalParser {
 class ParserMessage {
  public:
     void SetCommandName(std::string name) { fCommandName = std::move(name); }
-    void SetProcedureTitle(std::string title) { fProcedureTitle = std::move(title); }
     /// A warning: the run ignores split files.
     void DisableSplit() const;
     /// The text of a key with its placeholders filled.
@@ -329,7 +328,6 @@ class ParserMessage {
 
  private:
     std::string fCommandName;
-    std::string fProcedureTitle;
 };
 
 /// A list of variables that a command names, resolved against the dictionary.
@@ -369,7 +367,8 @@ class VarSpecObj {
     /// Qualifiers after the target are refused, as by VariableNoQualif, unless allowed.
     void SetAllowQualifiers(bool allow) { fbAllowQualifiers = allow; }
     void SetAllVarsByDefault(bool allVars) { fbAllVarsByDefault = allVars; }
-    /// String-table key of the message when no predictor is left.
+    /// String-table key of the message when no predictor is left. That message is about the data:
+    /// it is an error, but none of the command language.
     void SetNoVarsMessage(std::string key) { fNoVarsKey = std::move(key); }
 
     /// True when the two share no variable; else the clash is reported.
@@ -397,15 +396,20 @@ class VarSpecObj {
 
     /// How a variable came into the list.
     struct Origin {
-        std::int32_t fLine = 0;  // 0 when not written in the command
-        std::int32_t fColumn = 0;
-        bool fbByName = false;  // by its own name, not by a range, a pattern or ALL
+        std::int32_t fLine;  // 0 when not written in the command
+        std::int32_t fColumn;
+        bool fbByName;  // by its own name, not by a range, a pattern or ALL
     };
+
+    void Clear();
+    void Add(std::int32_t index, Origin origin);
+    std::vector<bool> Members() const;
+    bool RefuseCommonVar(std::size_t position, const VarSpecObj& other) const;
 
     std::string fParameter;
     std::string fSubcommand;
     std::string fRole;  // the list in messages
-    std::string fNoVarsKey;
+    std::string fNoVarsKey = "No predictors available in data...";
     std::vector<std::string> fvSubcommandNames;
     const ProcedureDataSource* fpSource;  // borrowed
     bool fbNumericOnly;

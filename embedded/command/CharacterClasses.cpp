@@ -105,14 +105,28 @@ bool IsPlainWord(std::string_view text) {
     return !period;
 }
 
-std::string NamedCharacter(char32_t code) {
-    std::array<char, 16> number{};
-    std::snprintf(number.data(), number.size(), "U+%04X", static_cast<unsigned>(code));
-    std::string shape;
-    AppendUtf8(shape, code);
+bool IsTidyName(std::string_view text) {
+    bool blank = true;  // the character before, and the edges of the text
+    for (std::size_t at = 0; at < text.size();) {
+        const CharacterAt character = ReadCharacter(text, at);
+        const bool control =
+            character.fCode < 0x20 || (character.fCode >= 0x7F && character.fCode < 0xA0);
+        const bool begins = at == 0;
+        blank = IsBlank(character.fCode);
+        if (!character.fbValid || control || (begins && blank)) return false;
+        at += character.fLength;
+    }
+    return !blank;
+}
+
+std::string NamedCharacter(std::string_view text) {
+    const CharacterAt character = ReadCharacter(text, 0);
+    const std::string shape(text.substr(0, character.fLength));
+    std::array<char, 16> code{};
+    std::snprintf(code.data(), code.size(), "U+%04X", static_cast<unsigned>(character.fCode));
     const bool shapeless =
-        IsBlank(code) || DisplayWidth(shape) == 0 || ShowableText(shape) != shape;
-    return shapeless ? std::string(number.data()) : shape + " (" + number.data() + ")";
+        IsBlank(character.fCode) || DisplayWidth(shape) == 0 || ShowableText(shape) != shape;
+    return shapeless ? std::string(code.data()) : shape + " (" + code.data() + ")";
 }
 
 }  // namespace embedded

@@ -30,8 +30,13 @@ bool IsWordPart(char32_t code);
 /// True for a name that is one plain word, so that it needs no quotes.
 bool IsPlainWord(std::string_view text);
 
-/// A character as messages name it: itself and its code, or the code alone when it has no shape.
-std::string NamedCharacter(char32_t code);
+/// True for a text that can name a variable without being mistaken: not empty, no blank at either
+/// end, no control character, valid UTF-8.
+bool IsTidyName(std::string_view text);
+
+/// The first character of a text as messages name it: itself and its code, or the code alone when
+/// it has no shape. REQUIRES: the text begins with a valid character.
+std::string NamedCharacter(std::string_view text);
 
 }  // namespace embedded
 

@@ -217,7 +217,7 @@ TokenInfoObj CommandLexer::ReadOperator() {
 TokenInfoObj CommandLexer::RefuseCharacter() {
     const char32_t code = ReadCharacter(fText, fAt).fCode;
     return Refuse(IsTypographicQuote(code) ? "Typographic quote ^1..." : "Illegal character ^1...",
-                  Here(), {NamedCharacter(code)});
+                  Here(), {NamedCharacter(fText.substr(fAt))});
 }
 
 }  // namespace embedded
