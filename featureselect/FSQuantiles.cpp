@@ -23,8 +23,8 @@ constexpr double kChiTolerance = 5e-7;
 constexpr int kChiRounds = 20;
 constexpr int kHalvings = 40;
 constexpr double kBisectWidth = 1e-8;
-constexpr double kBetaEnd = 1e-20;  // of the squared step
-constexpr double kBetaLowest = 1e-8;
+constexpr double kBetaEnd = 1e-20;    // of the squared step
+constexpr double kBetaLowest = 1e-8;  // of the first value; later ones only stay inside 0 to 1
 constexpr double kBetaHighest = 0.9999999;
 constexpr int kBetaRounds = 1000;
 
@@ -112,14 +112,12 @@ double BetaStart(double p, double a, double b, double logBeta) {
     return 1.0 - 2.0 / (t + 1.0);
 }
 
-double WithinBetaBounds(double x) { return std::clamp(x, kBetaLowest, kBetaHighest); }
-
 // The Newton steps of AS 109; missing when they don't settle.
 double BetaNewton(double p, double a, double b) {
     constexpr double kSmallestStep = 1e-30;
     const double logBeta = LogGamma(a) + LogGamma(b) - LogGamma(a + b);
     const double start = BetaStart(p, a, b, logBeta);
-    double x = WithinBetaBounds(std::isnan(start) ? 0.5 : start);
+    double x = std::clamp(std::isnan(start) ? 0.5 : start, kBetaLowest, kBetaHighest);
     double yBefore = 0.0;
     double squaredStep = 1.0;
     double longest = 1.0;  // no squared step may reach it; it shrinks when the root is passed
@@ -141,9 +139,8 @@ double BetaNewton(double p, double a, double b) {
             squaredStep = step * step;
             if (!(squaredStep < longest)) continue;
             next = x - step;
-            if (!(next < 0.0) && !(next > 1.0)) break;
+            if (next > 0.0 && next < 1.0) break;
         }
-        next = WithinBetaBounds(next);
         if (longest <= kBetaEnd || y * y <= kBetaEnd || next == x) return next;
         x = next;
         yBefore = y;

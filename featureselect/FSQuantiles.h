@@ -18,9 +18,8 @@ double ChiSquareQuantileBisect(double p, double df, double start, int& error);
 /// from 0 to 1 or no x from 0 to 1 comes out. The cases that need no search are tested before the
 /// parameters: p = 0 and p = 1 give themselves, p = 0.5 with a equal to b gives 0.5, and b up to
 /// a * 1e-20 gives 1.0, for whatever a and b.
-/// Cran, Martin and Thomas (1977), Algorithm AS 109. Intended: every Newton point is kept within
-/// 1e-8 to 0.9999999, so no result of the search lies outside (test
-/// BetaQuantile.NewtonPointsStayWithinTheirBounds).
+/// Cran, Martin and Thomas (1977), Algorithm AS 109. The first point is held within 1e-8 to
+/// 0.9999999; Newton steps are shortened until the point stays inside 0 to 1, and end at 1e-10.
 double BetaQuantile(double p, double a, double b);
 
 /// The f with FCdf(f, df1, df2) = p; 0.0 for p = 0; missing unless 0 <= p < 1 and both df are

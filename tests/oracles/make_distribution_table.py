@@ -197,7 +197,7 @@ def quantile_rows():
 
 
 def within_bounds(x):
-    """Whether the beta quantile can be reached: its search is kept within these bounds."""
+    """Whether the search for the beta quantile, which ends at steps of 1e-10, leaves right digits."""
     return 1e-8 < x < 0.9999999
 
 
