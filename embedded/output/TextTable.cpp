@@ -16,7 +16,7 @@ namespace embedded {
 namespace {
 
 constexpr std::size_t kGap = 2;              // blanks between columns
-constexpr std::size_t kIndent = 2;           // of a row below its group
+constexpr std::size_t kIndent = 2;           // of a row below its group, of a line that goes on
 constexpr std::size_t kHeadingWidth = 16;    // headings of narrower columns are wrapped to this
 constexpr std::size_t kLeastTextWidth = 12;  // to which columns of text may shrink
 constexpr std::size_t kPointsPerColumn = 6;  // of a terminal's font, about
@@ -137,7 +137,7 @@ class Column {
         if (cell.fpCell == nullptr) return {};
         const std::string marks = Marks(cell.fvFootnotes, style);
         if (IsText(*cell.fpCell)) {
-            Lines lines = WrapText(cell.fpCell->fText + marks, fWidth);
+            Lines lines = WrapText(cell.fpCell->fText + marks, fWidth, kIndent);
             for (std::string& line : lines) line = Pad(line, fWidth, false);
             return lines;
         }

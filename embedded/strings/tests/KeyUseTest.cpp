@@ -18,7 +18,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A word, a sign or a text literal of C++; neighbouring literals are one, as the compiler has them.
+/// A word, a sign or a text literal of C++; neighbouring literals are one, as the compiler has
+/// them.
 struct SourceToken {
     std::string fText;
     bool fbLiteral = false;
@@ -55,7 +56,8 @@ class SourceScanner {
             Literal();
         } else if (c == '\'') {
             ++fAt;
-            while (fAt < fSource.size() && fSource[fAt] != '\'') fAt += fSource[fAt] == '\\' ? 2 : 1;
+            while (fAt < fSource.size() && fSource[fAt] != '\'')
+                fAt += fSource[fAt] == '\\' ? 2 : 1;
             ++fAt;
         } else if (std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_') {
             Word();
@@ -215,7 +217,8 @@ const std::set<std::string>& AwaitedKeys() {
 TEST(KeyUse, TheScannerJoinsLiteralsAndSkipsComments) {
     const SourceTexts texts = ReadTexts(
         "BpString a(\"one \" // \"no\"\n    \"two\", true); /* \"no\" */ char c = '\"';\n"
-        "BpString(\"plain\", false); f(\"dots...\"); n = 1'000'000; BpComposite{R\"(raw\\n)\", true};");
+        "BpString(\"plain\", false); f(\"dots...\"); n = 1'000'000; BpComposite{R\"(raw\\n)\", "
+        "true};");
     EXPECT_EQ(texts.fKeys, (std::set<std::string>{"one two", "dots...", "raw\\n"}));
     EXPECT_EQ(texts.fLiterals, (std::set<std::string>{"one two", "plain", "dots...", "raw\\n"}));
 }

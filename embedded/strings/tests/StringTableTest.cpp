@@ -41,14 +41,14 @@ TEST_P(StringTableRefuses, WhatIsNoTableOfTexts) {
     EXPECT_THROW(StringTable{GetParam().fJson}, std::invalid_argument);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Faults, StringTableRefuses,
-    testing::Values(BadTable{"TheSameKeyTwice", R"({"a": "1", "a": "2"})"},
-                    BadTable{"ANumber", R"({"a": 1})"},
-                    BadTable{"ANestedObject", R"({"a": {"b": "c"}})"},
-                    BadTable{"AnArray", R"(["a", "b"])"}, BadTable{"ABareText", R"("a")"},
-                    BadTable{"NoJson", R"({"a": )"}, BadTable{"Nothing", ""}),
-    [](const auto& info) { return std::string(info.param.fName); });
+INSTANTIATE_TEST_SUITE_P(Faults, StringTableRefuses,
+                         testing::Values(BadTable{"TheSameKeyTwice", R"({"a": "1", "a": "2"})"},
+                                         BadTable{"ANumber", R"({"a": 1})"},
+                                         BadTable{"ANestedObject", R"({"a": {"b": "c"}})"},
+                                         BadTable{"AnArray", R"(["a", "b"])"},
+                                         BadTable{"ABareText", R"("a")"},
+                                         BadTable{"NoJson", R"({"a": )"}, BadTable{"Nothing", ""}),
+                         [](const auto& test) { return std::string(test.param.fName); });
 
 }  // namespace
 }  // namespace embedded
