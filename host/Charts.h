@@ -113,16 +113,17 @@ class XAxis {
     void AddMajorTicks() const;
     /// In points, for major and minor ticks.
     void setTickLabelFontSize(double major, double minor) const;
-    /// Rounds the upper end of an interval that is not fixed to a round number.
+    /// Puts the ticks at round numbers; otherwise only the ends have one.
     void setNiceUpperMapping(bool nice) const;
-    /// The values that the axis covers. A fixed interval holds whatever the data.
+    /// The values that the axis covers whatever the data: fixed is true, which this host asks for.
+    /// Throws std::invalid_argument when it is not or when low is not below high.
     void setInterval(double low, double high, bool fixed) const;
-    /// kind: 0 linear, the only one; includeZero: stretches an interval that is not fixed to zero;
-    /// base: of a logarithmic scale, 0.0 for a linear one.
-    void setScale(std::int32_t kind, bool includeZero, double base) const;
-    /// Draws the values from high to low. Bars start at `origin`, so that low values are long; when
-    /// values fall from the highest category to the lowest, high ones are good, and bars start at
-    /// the opposite end of the interval so that those are long.
+    /// kind: 0 linear, which is all that this host draws, else std::invalid_argument. The other two
+    /// speak of logarithmic scales: whether to keep zero in view, and the base.
+    void setScale(std::int32_t kind, bool keepZero, double base) const;
+    /// Draws the values from high to low. A longer bar is a better one: of significances, which are
+    /// better the lower, bars start at `origin`; of all other statistics at the interval's other
+    /// end. The host tells significances by the key of the axis' title.
     void invertScale(double origin) const;
 
  private:
@@ -136,7 +137,7 @@ class XAxis {
 class CTElementType {
  public:
     /// Where marks of several colours at one category stand: 0 one over the other, 1 stacked in one
-    /// place of full width, 2 side by side.
+    /// place of full width, 2 side by side. Alike where each category has one row.
     void setPositionModifier(std::int32_t modifier) const;
 
  private:
@@ -180,8 +181,8 @@ class XGraph {
     XAxis getYAxis() const;
     /// Height of the frame around the marks, in standard frames of 20 bars each.
     void setOuterFrameHeight(double frames) const;
-    /// A line across the chart at a value of y; the only style is "dash". Shown once
-    /// FinishReferenceLines has been called.
+    /// A line across the chart at a value of y. style: "dash", else std::invalid_argument. Lines
+    /// are drawn once FinishReferenceLines has been called.
     void AddYReferenceLine(double value, std::string_view style) const;
     void FinishReferenceLines() const;
     void SetFirstFootnote(const ChartString& text) const;
@@ -190,11 +191,12 @@ class XGraph {
  private:
     friend class XDocument;
     explicit XGraph(XChartData* data) : fpData(data) {}
+    XVariable AddVariable(const ChartString& name, bool isNumeric) const;
     XChartData* fpData;
 };
 
-/// A chart under construction. SendChart puts it in the output; without it nothing is shown.
-/// Operations throw std::logic_error when they are called out of order and std::bad_alloc.
+/// A chart under construction. SendChart puts it in the output; without it nothing is shown, and it
+/// throws std::logic_error when the element, an axis' variable or a value of a row is missing.
 class XDocument {
  public:
     XDocument();
