@@ -70,22 +70,21 @@ std::string ShownText(std::string_view text) {
 }
 
 std::string Excerpt(const SourceText& source, TextPlace place) {
-    constexpr std::size_t kBefore = 48;  // characters shown before the caret and from it on
+    constexpr std::int32_t kWidest = 78;  // characters of a line that is shown as a whole
+    constexpr std::int32_t kBefore = 48;  // of a longer one, before the caret and from it on
     constexpr std::size_t kFrom = 24;
     const std::string_view line = source.Line(place.fLine);
+    const bool whole = CountCharacters(line) <= kWidest;
+    const bool cutBefore = !whole && place.fColumn > kBefore + 1;
     const std::size_t caret = ByteOfColumn(line, place.fColumn);
-    const auto column = static_cast<std::size_t>(place.fColumn);
-    const bool cutBefore = column > kBefore + 1;
-    const std::size_t start =
-        cutBefore ? ByteOfColumn(line, static_cast<std::int32_t>(column - kBefore)) : 0;
-    const std::string_view shown =
-        Characters(line, start, column - (cutBefore ? column - kBefore : 1) + kFrom);
+    const std::size_t start = cutBefore ? ByteOfColumn(line, place.fColumn - kBefore) : 0;
+    const std::string_view tail = whole ? line.substr(caret) : Characters(line, caret, kFrom);
+    const bool cutBehind = caret + tail.size() < line.size();
 
     const std::string head = (cutBefore ? std::string(kEllipsis) : std::string()) +
                              ShowableLine(line.substr(start, caret - start));
-    const std::string tail = ShowableLine(shown.substr(std::min(shown.size(), caret - start))) +
-                             (start + shown.size() < line.size() ? std::string(kEllipsis) : "");
-    return head + tail + "\n" + BlankFor(head) + "^";
+    return head + ShowableLine(tail) + (cutBehind ? std::string(kEllipsis) : std::string()) + "\n" +
+           BlankFor(head) + "^";
 }
 
 CommandFault MakeFault(std::string_view key, const std::vector<std::string>& arguments,

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "embedded/HostSession.h"
+#include "embedded/command/CharacterClasses.h"
 #include "embedded/command/CommandFault.h"
 #include "embedded/command/CommandTokens.h"
 #include "embedded/command/MessageParts.h"
@@ -319,14 +320,23 @@ class CommandReader {
                 break;
         }
         if (!token.IsString() || token.getString().empty()) return WrongValue(name, param, token);
-        // A path such as dir/file.xml without quotes falls apart into tokens.
-        const TokenInfoObj& after = Peek();
-        const std::int32_t end =
-            token.Column() + static_cast<std::int32_t>(token.getString().size());
-        if (!brackets && IsWord(token) && after.Kind() == TokenKind::Operator &&
-            after.Line() == token.Line() && after.Column() == end)
-            return WrongValue(name, param, after);
-        return true;
+        return brackets || !IsWord(token) || CheckPathEnds(name, param, token);
+    }
+
+    /// False, with a message, when signs follow a path without quotes and a blank: dir/file.xml is
+    /// several tokens. Passes over them, since their slash begins no subcommand.
+    bool CheckPathEnds(const std::string& name, const ParamDescriptor& param,
+                       const TokenInfoObj& path) {
+        const auto behind = [](const TokenInfoObj& token) {
+            return token.Column() + CountCharacters(token.getString());
+        };
+        const TokenInfoObj after = Peek();
+        std::int32_t end = behind(path);
+        while (!AtEnd() && Peek().Line() == path.Line() && Peek().Column() == end) {
+            end = behind(Peek());
+            Advance();
+        }
+        return end == behind(path) || WrongValue(name, param, after);
     }
 
     bool CheckWords(const std::string& name, const ParamDescriptor& param, TokenList& tokens) {
