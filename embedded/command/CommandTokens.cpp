@@ -7,7 +7,6 @@
 #include "embedded/command/CharacterClasses.h"
 #include "embedded/command/CommandLexer.h"
 #include "embedded/command/MessageParts.h"
-#include "embedded/command/NearestNames.h"
 
 namespace embedded {
 
