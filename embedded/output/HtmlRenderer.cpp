@@ -217,10 +217,7 @@ class PageWriter {
     }
 
     std::string Command(const CommandReport& command) {
-        const std::string id = NewId("command-");
-        std::string out = Tag("section", {{"aria-labelledby", id}}) + "\n" +
-                          Tag("h2", {{"id", id}, {"class", "command"}}) +
-                          Escaped(command.fCommand) + "</h2>\n";
+        std::string out = "<section>\n" + Element("h2", "command", command.fCommand);
         if (command.fStatus == CommandStatus::Failed)
             out += Element("p", "status", TextOf("The command failed."));
         if (command.fStatus == CommandStatus::Interrupted)

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/CaseName.h"
+
 namespace embedded {
 namespace {
 
@@ -47,7 +49,7 @@ INSTANTIATE_TEST_SUITE_P(
             "ElementsAreNotTemplates", "[%1:, ^1:]1", {}, {{"^1", "[%1:x:]1"}}, "^1, [%1:x:]1"},
         CompositeCase{"LineBreak", "a\\nb", {}, {}, "a\nb"},
         CompositeCase{"ABackslashBeforeAnotherLetterStays", "a\\tb\\", {}, {}, "a\\tb\\"}),
-    [](const auto& test) { return std::string(test.param.fName); });
+    testsupport::CaseName());
 
 TEST(CompositeText, KnowsTemplatesThatAreOneList) {
     EXPECT_TRUE(IsListTemplate("[%1: ^1:]1"));

@@ -4,13 +4,15 @@
 #include <rapidcheck.h>
 #include <rapidcheck/gtest.h>
 
-#include <cmath>
+#include <fstream>
+#include <iterator>
 #include <limits>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 #include "embedded/output/tests/SampleTables.h"
+#include "tests/support/CaseName.h"
 
 namespace embedded {
 namespace {
@@ -121,6 +123,31 @@ TEST(JsonRenderer, AnEmptyReportIsComplete) {
               "{\"format\": \"predselect-report/1\", \"version\": \"1\", \"commands\": []}\n");
 }
 
+TEST(JsonRenderer, TheDocumentedExampleIsWhatIsWritten) {
+    CommandReport command;
+    command.fCommand = "SELECTPRED region BY age sex";
+    command.fvNotes = {
+        {4, "Definition of Missing", "User-defined missing values are treated as missing."}};
+    ReportTable table;
+    table.fId = "PredictorSummary";
+    table.fTitle = "Predictor Summary";
+    ReportHeading age = Leaf("Age in years");
+    age.fKey = "age";
+    ReportHeading unselected = Branch("Unselected", {Leaf("sex")});
+    unselected.fvNotes = {"Limited to the first 5 unselected predictors."};
+    table.fvDimensions = {
+        Dimension("Predictor", ReportAxis::Row, {Branch("Selected", {age}), unselected}),
+        Dimension("Statistics", ReportAxis::Column, {Leaf("Unadjusted Sig.")})};
+    table.fvCells = {NumberCell({0, 0}, 0.01284716, ".013", ReportFormat::Significance)};
+    command.fvItems = {table};
+
+    std::ifstream in(PREDSEL_SOURCE_DIR "/docs/formats/report-json.md", std::ios::binary);
+    const std::string page{std::istreambuf_iterator<char>(in), {}};
+    ASSERT_FALSE(page.empty());
+    const std::string example = "```json\n" + JsonRenderer::Render({"0.1.0", {command}}) + "```\n";
+    EXPECT_NE(page.find(example), std::string::npos) << example;
+}
+
 struct ValueCase {
     const char* fName;
     ReportValue fValue;
@@ -152,7 +179,7 @@ INSTANTIATE_TEST_SUITE_P(
         ValueCase{"Infinite", std::numeric_limits<double>::infinity(), "null"},
         ValueCase{"Text", std::string("a \"b\""), "\"a \\\"b\\\"\""},
         ValueCase{"List", std::vector<ReportKey>{"a", 2.5, ReportKey()}, "[\"a\", 2.5, null]"}),
-    [](const auto& test) { return std::string(test.param.fName); });
+    testsupport::CaseName());
 
 TEST(JsonRenderer, UndecodableBytesAreReplaced) {
     CommandReport command;

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "host/Records.h"
+#include "tests/support/CaseName.h"
 
 namespace embedded {
 namespace {
@@ -69,7 +70,7 @@ INSTANTIATE_TEST_SUITE_P(
                                false, ""},
                     NumberCase{"Infinity", kInfinity, kStat, false, "∞"},
                     NumberCase{"NegativeInfinity", -kInfinity, kStat, false, "-∞"}),
-    [](const auto& test) { return std::string(test.param.fName); });
+    testsupport::CaseName());
 
 }  // namespace
 }  // namespace embedded

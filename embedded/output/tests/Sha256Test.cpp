@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "tests/support/CaseName.h"
+
 namespace embedded {
 namespace {
 
@@ -36,7 +38,7 @@ INSTANTIATE_TEST_SUITE_P(
                  "dSILRyGCeOZW8gE7uPDEVaJerwHobGSSTp1I2Jd21vI="},
         HashCase{"SixtyFourBytes", std::string(64, 'x'),
                  "fOEAlx9k5wAej+WlGXPs3+HO1Cvv5+6NX9YhlQa1OTw="}),
-    [](const auto& test) { return std::string(test.param.fName); });
+    testsupport::CaseName());
 
 }  // namespace
 }  // namespace embedded

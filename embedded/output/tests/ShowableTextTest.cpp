@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "tests/support/CaseName.h"
+
 namespace embedded {
 namespace {
 
@@ -35,7 +37,7 @@ INSTANTIATE_TEST_SUITE_P(
                                  "b\xEF\xBF\xBD"},
                     ShowableCase{"ATabIsABlank", "a\tb", "a b"},
                     ShowableCase{"LineBreaksAreOneKind", "a\r\nb\rc\nd", "a\nb\nc\nd"}),
-    [](const auto& test) { return std::string(test.param.fName); });
+    testsupport::CaseName());
 
 }  // namespace
 }  // namespace embedded

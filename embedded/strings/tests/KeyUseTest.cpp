@@ -159,7 +159,8 @@ SourceTexts ReadTexts(const std::string& source) {
         texts.fLiterals.insert(text);
         const bool textOf = i >= 2 && tokens[i - 2].fText == "TextOf";
         // Three dots end the keys of messages and of other long texts.
-        const bool dots = text.size() > 3 && text.ends_with("...");
+        const bool dots = text.size() > 3 && text.ends_with("...") &&
+                          std::isalnum(static_cast<unsigned char>(text.front())) != 0;
         if (textOf || dots || IsKeyOf(tokens, i)) texts.fKeys.insert(text);
     }
     return texts;

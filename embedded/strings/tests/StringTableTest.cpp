@@ -5,6 +5,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "tests/support/CaseName.h"
+
 namespace embedded {
 namespace {
 
@@ -48,7 +50,7 @@ INSTANTIATE_TEST_SUITE_P(Faults, StringTableRefuses,
                                          BadTable{"AnArray", R"(["a", "b"])"},
                                          BadTable{"ABareText", R"("a")"},
                                          BadTable{"NoJson", R"({"a": )"}, BadTable{"Nothing", ""}),
-                         [](const auto& test) { return std::string(test.param.fName); });
+                         testsupport::CaseName());
 
 }  // namespace
 }  // namespace embedded
