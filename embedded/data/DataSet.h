@@ -81,6 +81,10 @@ class DataSet {
     const std::string& SchemaText() const { return fSchemaText; }
     void SetSchemaText(std::string text) { fSchemaText = std::move(text); }
 
+    /// Texts that were read as system-missing in every column, beside what the schema says.
+    const std::vector<std::string>& MissingTexts() const { return fvMissingTexts; }
+    void SetMissingTexts(std::vector<std::string> texts) { fvMissingTexts = std::move(texts); }
+
     /// Most distinct values with which a numeric variable of whole numbers counts as nominal.
     std::int32_t NominalMax() const { return fNominalMax; }
     void SetNominalMax(std::int32_t count) { fNominalMax = count; }
@@ -105,6 +109,7 @@ class DataSet {
     std::vector<std::int32_t> fvSplitIndices;
     std::string fSourceName;
     std::string fSchemaText;
+    std::vector<std::string> fvMissingTexts;
     std::vector<DataNote> fvNotes;
     std::int32_t fNominalMax = 20;
 };

@@ -78,6 +78,17 @@ std::string ReplaceInvalidUtf8(std::string_view text) {
     return result;
 }
 
+std::string Shortened(std::string_view text, std::size_t maxBytes) {
+    if (text.size() <= maxBytes) {
+        return std::string(text);
+    }
+    std::size_t length = maxBytes;
+    while (length > 0 && (static_cast<unsigned char>(text[length]) & 0xC0) == 0x80) {
+        --length;
+    }
+    return std::string(text.substr(0, length)) + "...";
+}
+
 void AppendUtf8(char32_t codePoint, std::string& out) {
     const auto put = [&out](char32_t byte) { out.push_back(static_cast<char>(byte)); };
     if (codePoint < 0x80) {

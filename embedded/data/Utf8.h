@@ -17,6 +17,11 @@ bool IsUtf8(std::string_view text);
 /// The text with U+FFFD for each byte that belongs to no well-formed sequence.
 std::string ReplaceInvalidUtf8(std::string_view text);
 
+/// The text, or as many of its first bytes as make whole characters and not more than maxBytes,
+/// with
+/// "..." behind them.
+std::string Shortened(std::string_view text, std::size_t maxBytes);
+
 /// Appends a code point, which is no surrogate and at most 0x10FFFF.
 void AppendUtf8(char32_t codePoint, std::string& out);
 

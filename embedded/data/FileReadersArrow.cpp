@@ -1,0 +1,162 @@
+#include <arrow/api.h>
+#include <arrow/c/bridge.h>
+#include <arrow/csv/api.h>
+#include <arrow/io/api.h>
+#include <arrow/ipc/api.h>
+#include <parquet/arrow/reader.h>
+
+#include <algorithm>
+#include <exception>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <utility>
+
+#include "embedded/data/FileReaders.h"
+
+namespace embedded {
+namespace {
+
+/// Batches from a function, each checked in full before it goes on.
+class ValidatedBatches : public arrow::RecordBatchReader {
+ public:
+    using NextBatch = std::function<arrow::Result<std::shared_ptr<arrow::RecordBatch>>()>;
+
+    ValidatedBatches(std::shared_ptr<arrow::Schema> schema, NextBatch next)
+        : fpSchema(std::move(schema)), fNext(std::move(next)) {}
+
+    std::shared_ptr<arrow::Schema> schema() const override { return fpSchema; }
+    arrow::Status ReadNext(std::shared_ptr<arrow::RecordBatch>* batch) override {
+        // Some faults of a file surface as exceptions of the library.
+        try {
+            ARROW_ASSIGN_OR_RAISE(*batch, fNext());
+            return *batch == nullptr ? arrow::Status::OK() : (*batch)->ValidateFull();
+        } catch (const std::exception& fault) {
+            return arrow::Status::Invalid(fault.what());
+        }
+    }
+
+ private:
+    std::shared_ptr<arrow::Schema> fpSchema;
+    NextBatch fNext;
+};
+
+[[noreturn]] void Fail(const std::string& name, const std::string& what, std::string reason) {
+    reason.erase(std::min(reason.find('\n'), reason.size()));
+    throw DataError(DataError::Kind::kContent,
+                    name + ": " + what + " is damaged or cut short: " + reason);
+}
+
+std::shared_ptr<arrow::io::BufferReader> Input(std::string_view bytes) {
+    return std::make_shared<arrow::io::BufferReader>(
+        std::make_shared<arrow::Buffer>(reinterpret_cast<const std::uint8_t*>(bytes.data()),
+                                        static_cast<std::int64_t>(bytes.size())));
+}
+
+// Calls open, which returns a Result of a reader of batches, and exports what it gives.
+template <class Open>
+ArrowStream Stream(const std::string& name, const std::string& what, Open open) {
+    ArrowStream stream(name);
+    try {
+        arrow::Result<std::shared_ptr<arrow::RecordBatchReader>> reader = open();
+        if (!reader.ok()) {
+            Fail(name, what, reader.status().message());
+        }
+        const arrow::Status status = arrow::ExportRecordBatchReader(*reader, stream.Out());
+        if (!status.ok()) {
+            Fail(name, what, status.message());
+        }
+    } catch (const DataError&) {
+        throw;
+    } catch (const std::exception& fault) {
+        Fail(name, what, fault.what());
+    }
+    return stream;
+}
+
+using ReaderResult = arrow::Result<std::shared_ptr<arrow::RecordBatchReader>>;
+
+ReaderResult OpenParquet(std::string_view bytes) {
+    parquet::ArrowReaderProperties properties;
+    properties.set_use_threads(false);
+    parquet::arrow::FileReaderBuilder builder;
+    ARROW_RETURN_NOT_OK(builder.Open(Input(bytes)));
+    ARROW_ASSIGN_OR_RAISE(std::unique_ptr<parquet::arrow::FileReader> file,
+                          builder.properties(properties)->Build());
+    std::shared_ptr<arrow::RecordBatchReader> batches;
+    ARROW_ASSIGN_OR_RAISE(batches, file->GetRecordBatchReader());
+    const std::shared_ptr<arrow::Schema> schema = batches->schema();
+    // The file must live as long as the reader of its batches.
+    std::shared_ptr<parquet::arrow::FileReader> shared = std::move(file);
+    return std::make_shared<ValidatedBatches>(schema,
+                                              [shared, batches]() { return batches->Next(); });
+}
+
+ReaderResult OpenIpcFile(std::string_view bytes) {
+    ARROW_ASSIGN_OR_RAISE(auto file, arrow::ipc::RecordBatchFileReader::Open(Input(bytes)));
+    const std::shared_ptr<arrow::Schema> schema = file->schema();
+    return std::make_shared<ValidatedBatches>(
+        schema, [file, next = 0]() mutable -> arrow::Result<std::shared_ptr<arrow::RecordBatch>> {
+            if (next == file->num_record_batches()) {
+                return nullptr;
+            }
+            return file->ReadRecordBatch(next++);
+        });
+}
+
+ReaderResult OpenIpcStream(std::string_view bytes) {
+    ARROW_ASSIGN_OR_RAISE(auto batches, arrow::ipc::RecordBatchStreamReader::Open(Input(bytes)));
+    const std::shared_ptr<arrow::Schema> schema = batches->schema();
+    return std::make_shared<ValidatedBatches>(schema, [batches]() { return batches->Next(); });
+}
+
+}  // namespace
+
+ArrowStream ReadParquet(std::string_view bytes, const std::string& name) {
+    return Stream(name, "the Parquet file", [bytes]() { return OpenParquet(bytes); });
+}
+
+ArrowStream ReadIpcFile(std::string_view bytes, const std::string& name) {
+    return Stream(name, "the Arrow file", [bytes]() { return OpenIpcFile(bytes); });
+}
+
+ArrowStream ReadIpcStream(std::string_view bytes, const std::string& name) {
+    return Stream(name, "the Arrow stream", [bytes]() { return OpenIpcStream(bytes); });
+}
+
+ArrowStream ReadCells(std::string_view text, const TextDialect& dialect, std::int32_t columns,
+                      const std::vector<std::int32_t>& wanted, std::int64_t longestRecord,
+                      std::int32_t blockBytes, const std::string& name) {
+    arrow::csv::ReadOptions reading = arrow::csv::ReadOptions::Defaults();
+    reading.use_threads = false;
+    // A record must fit into a block.
+    reading.block_size = static_cast<std::int32_t>(std::clamp<std::int64_t>(
+        longestRecord + 2, blockBytes, std::numeric_limits<std::int32_t>::max()));
+    for (std::int32_t column = 0; column < columns; ++column) {
+        reading.column_names.push_back(std::to_string(column));
+    }
+    arrow::csv::ParseOptions parsing = arrow::csv::ParseOptions::Defaults();
+    parsing.delimiter = dialect.fDelimiter;
+    parsing.quoting = dialect.fQuote != '\0';
+    parsing.quote_char = dialect.fQuote;
+    parsing.newlines_in_values = true;
+    // All columns as bytes: types are settled over whole columns, by the caller.
+    arrow::csv::ConvertOptions converting = arrow::csv::ConvertOptions::Defaults();
+    converting.check_utf8 = false;
+    converting.strings_can_be_null = true;
+    converting.quoted_strings_can_be_null = false;
+    converting.null_values = {""};
+    for (const std::int32_t column : wanted) {
+        converting.include_columns.push_back(std::to_string(column));
+        converting.column_types[std::to_string(column)] = arrow::binary();
+    }
+    return Stream(name, "the text", [&]() -> ReaderResult {
+        ARROW_ASSIGN_OR_RAISE(
+            std::shared_ptr<arrow::RecordBatchReader> reader,
+            arrow::csv::StreamingReader::Make(arrow::io::default_io_context(), Input(text), reading,
+                                              parsing, converting));
+        return reader;
+    });
+}
+
+}  // namespace embedded

@@ -1,0 +1,525 @@
+#include "embedded/data/OpenDataSet.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "embedded/data/ArrowColumn.h"
+#include "embedded/data/CellText.h"
+#include "embedded/data/DelimitedText.h"
+#include "embedded/data/FileReaders.h"
+#include "embedded/data/ReadColumn.h"
+#include "embedded/data/SourceBytes.h"
+#include "embedded/data/TableSchema.h"
+#include "embedded/data/Utf8.h"
+#include "embedded/data/VariableDefaults.h"
+
+namespace embedded {
+namespace {
+
+/// Where a row is, in the words of a message: "line 17" or "row 16".
+using RowPlace = std::function<std::string(std::int64_t row)>;
+
+std::string RowNumber(std::int64_t row) { return "row " + std::to_string(row + 1); }
+
+// A cell or name in a message.
+std::string Quoted(std::string_view text) {
+    return "'" + ReplaceInvalidUtf8(Shortened(text, 40)) + "'";
+}
+
+std::string JoinNumbers(const std::vector<std::size_t>& numbers) {
+    std::string text;
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        text += i == 0 ? "" : i + 1 == numbers.size() ? " and " : ", ";
+        text += std::to_string(numbers[i]);
+    }
+    return text;
+}
+
+void CheckNames(const std::vector<std::string>& names, const std::string& source) {
+    std::map<std::string, std::vector<std::size_t>> places;
+    for (std::size_t at = 0; at < names.size(); ++at) {
+        places[names[at]].push_back(at + 1);
+    }
+    if (const auto empty = places.find(""); empty != places.end()) {
+        const bool one = empty->second.size() == 1;
+        throw DataError(DataError::Kind::kContent, source + ": " + (one ? "column " : "columns ") +
+                                                       JoinNumbers(empty->second) +
+                                                       (one ? " has" : " have") +
+                                                       " no name; give every column a name");
+    }
+    std::string twice;
+    for (const auto& [name, where] : places) {
+        if (where.size() > 1) {
+            twice += (twice.empty() ? "" : ", ") + Quoted(name) + " (columns " +
+                     JoinNumbers(where) + ")";
+        }
+    }
+    if (!twice.empty()) {
+        throw DataError(DataError::Kind::kContent,
+                        source + ": several columns have the same name: " + twice +
+                            "; give every column a name of its own");
+    }
+}
+
+std::string_view KindName(ColumnKind kind) {
+    switch (kind) {
+        case ColumnKind::kNumber:
+            return "numbers";
+        case ColumnKind::kBoolean:
+            return "booleans";
+        case ColumnKind::kDate:
+            return "dates";
+        case ColumnKind::kDateTime:
+            return "dates with times";
+        case ColumnKind::kTime:
+            return "times";
+        case ColumnKind::kString:
+            break;
+    }
+    return "texts";
+}
+
+bool IsWholeType(const SchemaField& field) {
+    return field.fType == "integer" || field.fType == "year";
+}
+
+// Texts that are system-missing in a column.
+TextSet MissingTexts(const SchemaField& field, const TableSchema& schema,
+                     const OpenOptions& options) {
+    TextSet texts(options.fvNaTexts.begin(), options.fvNaTexts.end());
+    if (field.fbMissingOfAll) {
+        texts.insert(schema.fvMissingTexts.begin(), schema.fvMissingTexts.end());
+    }
+    if (std::find(field.fvNoValues.begin(), field.fvNoValues.end(), "") != field.fvNoValues.end()) {
+        texts.insert("");
+    }
+    return texts;
+}
+
+TextColumnRules RulesFor(const SchemaField& field, const TableSchema& schema,
+                         const OpenOptions& options, char delimiter) {
+    TextColumnRules rules;
+    rules.fDeclared = DeclaredKind(field);
+    rules.fbWholeOnly = IsWholeType(field);
+    const char mark =
+        field.fDecimalMark != '\0' ? field.fDecimalMark : options.fDecimalMark.value_or('\0');
+    rules.fbPointMark = mark != ',';
+    // Between commas, a comma within quotes more often groups digits.
+    rules.fbCommaMark = mark == ',' || (mark == '\0' && delimiter != ',');
+    rules.fGroupMark = field.fGroupMark;
+    rules.fMissingTexts = MissingTexts(field, schema, options);
+    rules.fNeutralTexts = {field.fvNoValues.begin(), field.fvNoValues.end()};
+    if (rules.fDeclared == ColumnKind::kBoolean) {
+        rules.fTrueTexts = {field.fvTrueTexts.begin(), field.fvTrueTexts.end()};
+        rules.fFalseTexts = {field.fvFalseTexts.begin(), field.fvFalseTexts.end()};
+    }
+    return rules;
+}
+
+/// Puts a data set together from columns as they were read.
+class Assembly {
+ public:
+    Assembly(std::string source, const TableSchema& schema, const OpenOptions& options,
+             RowPlace place)
+        : fSchema(schema), fPlace(std::move(place)) {
+        fData.SetSourceName(std::move(source));
+        fData.SetNominalMax(options.fNominalMax);
+        fData.SetSchemaText(schema.fText);
+        fData.SetMissingTexts(options.fvNaTexts);
+    }
+
+    void AddNote(DataNote note) { fData.AddNote(std::move(note)); }
+
+    void LeaveOut(const std::string& name, const std::string& type) {
+        DataNote note;
+        note.fKind = DataNote::Kind::kUnusableColumn;
+        note.fText =
+            Quoted(name) + " was left out: columns of the type " + type + " cannot be used.";
+        fData.AddNote(std::move(note));
+        fLeftOut.emplace(name, type);
+    }
+
+    void Add(const SchemaField& field, ReadColumn read) {
+        const std::int32_t index = fData.ColumnCount();
+        NoteOddity(field, index, DataNote::Kind::kInfinite, read.fInfinite,
+                   "infinite or too large for a number; treated as missing");
+        NoteOddity(field, index, DataNote::Kind::kInexactInteger, read.fInexact,
+                   "whole numbers beyond 2^53 and may have been rounded");
+        NoteOddity(field, index, DataNote::Kind::kUndecodable, read.fUndecodable,
+                   "not valid text in the file's encoding; shown with \xEF\xBF\xBD");
+        if (read.fKind == ColumnKind::kString && !DeclaredKind(field)) {
+            NoteStrayText(field, index, read.fColumn);
+        }
+        KOLT_Variable variable = NewVariable(field.fName, read.fColumn, read.fKind, read.fDecimals);
+        if (read.fbOrdered) {
+            variable.SetMeasurementLevel(kLevelOrdinal);
+        }
+        ApplyField(field, read.fKind, variable);
+        fData.AddColumn(std::move(variable), std::move(read.fColumn), read.fKind);
+    }
+
+    DataSet Finish() && {
+        if (!fSchema.fWeight.empty()) {
+            const std::int32_t index = Find(fSchema.fWeight, fSchema.fWeightOrigin);
+            if (fData.Variable(index).GetType() != 0) {
+                fSchema.fWeightOrigin.Fail("the weight variable " + Quoted(fSchema.fWeight) +
+                                           " is a string; a numeric variable is needed");
+            }
+            fData.SetWeightIndex(index);
+        }
+        std::vector<std::int32_t> splits;
+        SchemaOrigin splitOrigin = fSchema.fOrigin;
+        splitOrigin.fText += ": 'split'";
+        for (const std::string& name : fSchema.fvSplit) {
+            splits.push_back(Find(name, splitOrigin));
+        }
+        fData.SetSplitIndices(std::move(splits));
+        fData.SettleMeasurementLevels();
+        return std::move(fData);
+    }
+
+ private:
+    std::int32_t Find(const std::string& name, const SchemaOrigin& origin) const {
+        const std::int32_t index = fData.FindVariable(name);
+        if (index >= 0) {
+            return index;
+        }
+        const auto leftOut = fLeftOut.find(name);
+        origin.Fail(leftOut == fLeftOut.end()
+                        ? "no column of " + fData.SourceName() + " has the name " + Quoted(name)
+                        : "the column " + Quoted(name) + " has the type " + leftOut->second +
+                              " and cannot be used");
+    }
+
+    void NoteOddity(const SchemaField& field, std::int32_t index, DataNote::Kind kind,
+                    const Oddity& oddity, const std::string& what) {
+        if (oddity.fCount == 0) {
+            return;
+        }
+        DataNote note{kind, index, oddity.fCount, oddity.fFirstRow, ""};
+        note.fText = Quoted(field.fName) + ": " + std::to_string(oddity.fCount) +
+                     (oddity.fCount == 1 ? " value is " : " values are ") + what + ". First in " +
+                     fPlace(oddity.fFirstRow) + ".";
+        fData.AddNote(std::move(note));
+    }
+
+    // Tells which cell kept a column of numbers from being numeric: when at least half of the
+    // values are numbers.
+    void NoteStrayText(const SchemaField& field, std::int32_t index, const Column& column) {
+        const std::vector<std::string>& values = column.Categories().Strings();
+        std::vector<bool> isNumber(values.size());
+        std::size_t texts = 0;
+        std::string onlyText;
+        for (std::size_t code = 0; code < values.size(); ++code) {
+            const std::string_view trimmed = TrimBlanks(values[code]);
+            isNumber[code] = trimmed.empty() || ParseNumber(trimmed, '.').has_value() ||
+                             ParseNumber(trimmed, ',').has_value();
+            if (!isNumber[code]) {
+                ++texts;
+                onlyText = values[code];
+            }
+        }
+        if (texts == 0 || texts == values.size()) {
+            return;
+        }
+        Oddity stray;
+        std::string firstText;
+        for (std::int32_t i = 0; i < column.ChunkCount(); ++i) {
+            const ColumnChunk chunk = column.Chunk(i);
+            for (std::int32_t row = 0; row < chunk.fRows; ++row) {
+                const std::uint32_t code = chunk.fCodes[static_cast<std::size_t>(row)];
+                if (!chunk.IsValid(row) || isNumber[code]) {
+                    continue;
+                }
+                if (stray.fCount == 0) {
+                    firstText = values[code];
+                }
+                stray.Note(chunk.fFirstRow + row);
+            }
+        }
+        if (2 * stray.fCount > column.ValidCount()) {
+            return;
+        }
+        DataNote note{DataNote::Kind::kStrayText, index, stray.fCount, stray.fFirstRow, ""};
+        note.fText = Quoted(field.fName) + ": the text " + Quoted(firstText) + " in " +
+                     fPlace(stray.fFirstRow) + " made it a string variable; " +
+                     std::to_string(column.ValidCount() - stray.fCount) + " of " +
+                     std::to_string(column.ValidCount()) + " values are numbers.";
+        if (texts == 1) {
+            note.fText += " If " + Quoted(onlyText) + " stands for a missing value, use --na " +
+                          Shortened(onlyText, 40) + ".";
+        }
+        fData.AddNote(std::move(note));
+    }
+
+    const TableSchema& fSchema;
+    RowPlace fPlace;
+    DataSet fData;
+    std::unordered_map<std::string, std::string> fLeftOut;  // name to type
+};
+
+// ---- delimited text ----
+
+DataSet ReadText(std::string_view bytes, const std::string& source, const TableSchema& schema,
+                 const OpenOptions& options) {
+    const DelimitedText table(bytes, options, source);
+    CheckNames(table.Names(), source);
+    const std::vector<SchemaField> fields = MatchFields(schema, table.Names(), source);
+    const RowPlace place = [&table](std::int64_t row) {
+        return "line " + std::to_string(table.LineOfRow(row));
+    };
+    Assembly assembly(source, schema, options, place);
+    for (const DataNote& note : table.Notes()) {
+        assembly.AddNote(note);
+    }
+    std::vector<std::unique_ptr<TextColumn>> columns;
+    for (const SchemaField& field : fields) {
+        columns.push_back(IsUnusableType(field)
+                              ? nullptr
+                              : std::make_unique<TextColumn>(
+                                    RulesFor(field, schema, options, table.Dialect().fDelimiter)));
+    }
+    table.Read(columns);
+    for (std::size_t at = 0; at < columns.size(); ++at) {
+        const SchemaField& field = fields[at];
+        if (!columns[at]) {
+            assembly.LeaveOut(field.fName, field.fType);
+            continue;
+        }
+        if (const auto& fault = columns[at]->GetFault()) {
+            field.fOrigin.Fail("the type is " + field.fType + ", but " + place(fault->fRow) +
+                               " of " + source + " has " + Quoted(fault->fCell) +
+                               "; correct the cell or the type" +
+                               ", or declare the text in 'missingValues'");
+        }
+    }
+    for (std::size_t at = 0; at < columns.size(); ++at) {
+        if (columns[at]) {
+            assembly.Add(fields[at], std::move(*columns[at]).Finish());
+            columns[at].reset();
+        }
+    }
+    return std::move(assembly).Finish();
+}
+
+// ---- typed batches ----
+
+// The first row whose value is not whole, or for booleans neither 0 nor 1; -1 when there is none.
+std::int64_t FirstMisfit(const Column& column, bool boolean) {
+    for (std::int32_t i = 0; i < column.ChunkCount(); ++i) {
+        const ColumnChunk chunk = column.Chunk(i);
+        for (std::int32_t row = 0; row < chunk.fRows; ++row) {
+            const double value = chunk.fNumbers[static_cast<std::size_t>(row)];
+            const bool fits = boolean ? value == 0 || value == 1 : value == std::floor(value);
+            if (chunk.IsValid(row) && !fits) {
+                return chunk.fFirstRow + row;
+            }
+        }
+    }
+    return -1;
+}
+
+// Checks a column that came with a type against the declared one. Numbers may be declared booleans.
+void Reconcile(const SchemaField& field, const std::string& source, ReadColumn& read) {
+    const std::optional<ColumnKind> declared = DeclaredKind(field);
+    if (!declared) {
+        return;
+    }
+    const bool asBoolean = declared == ColumnKind::kBoolean && read.fKind == ColumnKind::kNumber;
+    if (declared != read.fKind && !asBoolean) {
+        field.fOrigin.Fail("the type is " + field.fType + ", but the column of " + source +
+                           " holds " + std::string(KindName(read.fKind)) + "; correct the type");
+    }
+    if (asBoolean || (IsWholeType(field) && read.fKind == ColumnKind::kNumber)) {
+        const std::int64_t row = FirstMisfit(read.fColumn, asBoolean);
+        if (row >= 0) {
+            field.fOrigin.Fail("the type is " + field.fType + ", but " + RowNumber(row) + " of " +
+                               source + " has " +
+                               SchemaValueText(std::get<double>(read.fColumn.Value(row))) +
+                               "; correct the type");
+        }
+        read.fKind = *declared;
+    }
+}
+
+// In words, for the note on a column that is left out.
+std::string TypeName(const ArrowSchema& schema) {
+    const std::string_view format = schema.format;
+    const auto starts = [format](std::string_view prefix) {
+        return format.substr(0, prefix.size()) == prefix;
+    };
+    if (schema.dictionary != nullptr) {
+        return "dictionary";
+    }
+    if (starts("+l") || starts("+L") || starts("+w") || starts("+v")) {
+        return "list";
+    }
+    if (starts("+s")) {
+        return "struct";
+    }
+    if (starts("+m")) {
+        return "map";
+    }
+    if (starts("+u")) {
+        return "union";
+    }
+    if (starts("ti")) {
+        return "interval";
+    }
+    return "'" + std::string(format) + "' (Arrow's notation)";
+}
+
+DataSet ReadBatches(const ArrowStream& stream, const std::string& source, const TableSchema& schema,
+                    const OpenOptions& options) {
+    const OwnedArrowSchema owned = stream.Schema();
+    const ArrowSchema& root = owned.Get();
+    if (std::string_view(root.format) != "+s") {
+        throw DataError(DataError::Kind::kContent,
+                        source + ": its batches are no tables with columns");
+    }
+    std::vector<std::string> names;
+    for (std::int64_t at = 0; at < root.n_children; ++at) {
+        const char* name = root.children[at]->name;
+        names.push_back(ReplaceInvalidUtf8(name == nullptr ? "" : name));
+    }
+    CheckNames(names, source);
+    const std::vector<SchemaField> fields = MatchFields(schema, names, source);
+    Assembly assembly(source, schema, options, RowNumber);
+
+    std::vector<TextSet> missingTexts;
+    for (const SchemaField& field : fields) {
+        missingTexts.push_back(MissingTexts(field, schema, options));
+    }
+    std::vector<std::unique_ptr<ArrowColumn>> columns;
+    for (std::size_t at = 0; at < fields.size(); ++at) {
+        const ArrowSchema& type = *root.children[at];
+        columns.push_back(IsUnusableType(fields[at]) ? nullptr
+                                                     : ArrowColumn::Make(type, &missingTexts[at]));
+        if (!columns.back()) {
+            assembly.LeaveOut(names[at],
+                              IsUnusableType(fields[at]) ? fields[at].fType : TypeName(type));
+        }
+    }
+    for (OwnedArrowArray batch; stream.Next(batch);) {
+        const ArrowArray& rows = batch.Get();
+        if (rows.n_children != root.n_children) {
+            throw DataError(DataError::Kind::kContent,
+                            source + ": a batch has another number of columns than the schema");
+        }
+        const void* validity =
+            rows.n_buffers > 0 && rows.null_count != 0 ? rows.buffers[0] : nullptr;
+        std::function<bool(std::int64_t)> isRow;
+        if (validity != nullptr) {
+            isRow = [validity](std::int64_t at) {
+                return ((static_cast<const unsigned char*>(validity)[at / 8] >> (at % 8)) & 1) != 0;
+            };
+        }
+        for (std::size_t at = 0; at < columns.size(); ++at) {
+            if (!columns[at]) {
+                continue;
+            }
+            try {
+                columns[at]->Append(*rows.children[at], rows.offset, rows.length, isRow);
+            } catch (const std::invalid_argument& fault) {
+                throw DataError(DataError::Kind::kContent,
+                                source + ": column " + Quoted(names[at]) + ": " + fault.what());
+            }
+        }
+    }
+    for (std::size_t at = 0; at < columns.size(); ++at) {
+        if (columns[at]) {
+            ReadColumn read = std::move(*columns[at]).Finish();
+            columns[at].reset();
+            Reconcile(fields[at], source, read);
+            assembly.Add(fields[at], std::move(read));
+        }
+    }
+    return std::move(assembly).Finish();
+}
+
+// ---- files ----
+
+TableSchema LoadSchema(const std::string& dataPath, const OpenOptions& options) {
+    std::string path = options.fSchemaPath;
+    if (path.empty() && dataPath != "-" && !dataPath.empty()) {
+        path = dataPath + ".schema.json";
+        struct stat status {};
+        if (stat(path.c_str(), &status) != 0) {
+            path.clear();
+        }
+    }
+    TableSchema schema;
+    if (!path.empty()) {
+        const SourceBytes bytes(path);
+        schema = ParseTableSchema(std::string(bytes.Get()), path);
+    }
+    ApplyOptions(options, schema);
+    return schema;
+}
+
+bool StartsWith(std::string_view bytes, std::string_view start) {
+    return bytes.substr(0, start.size()) == start;
+}
+
+// Files that are something else than data, told by their first bytes.
+void RefuseOtherForms(std::string_view bytes, const std::string& source) {
+    constexpr std::pair<std::string_view, std::string_view> kCompressed[] = {
+        {"\x1F\x8B", "gzip"},
+        {"PK\x03\x04", "zip; a spreadsheet is such an archive too"},
+        {"\x28\xB5\x2F\xFD", "zstd"},
+        {"\xFD"
+         "7zXZ",
+         "xz"},
+        {"BZh", "bzip2"},
+    };
+    for (const auto& [start, format] : kCompressed) {
+        if (StartsWith(bytes, start)) {
+            throw DataError(DataError::Kind::kContent,
+                            source + ": is compressed (" + std::string(format) +
+                                "); unpack it or export a CSV file first");
+        }
+    }
+    if (StartsWith(bytes, "PARE")) {
+        throw DataError(DataError::Kind::kContent,
+                        source + ": is an encrypted Parquet file; write it without encryption");
+    }
+}
+
+}  // namespace
+
+DataSet OpenDataSet(const std::string& path, const OpenOptions& options) {
+    const std::string source = path == "-" ? "standard input" : path;
+    const SourceBytes file(path);
+    const std::string_view bytes = file.Get();
+    const TableSchema schema = LoadSchema(path, options);
+    RefuseOtherForms(bytes, source);
+    if (StartsWith(bytes, "PAR1")) {
+        return ReadBatches(ReadParquet(bytes, source), source, schema, options);
+    }
+    if (StartsWith(bytes, "ARROW1")) {
+        return ReadBatches(ReadIpcFile(bytes, source), source, schema, options);
+    }
+    if (StartsWith(bytes, "\xFF\xFF\xFF\xFF")) {  // each message of a stream starts with these
+        return ReadBatches(ReadIpcStream(bytes, source), source, schema, options);
+    }
+    return ReadText(bytes, source, schema, options);
+}
+
+DataSet ReadArrowStream(ArrowArrayStream& stream, const std::string& sourceName,
+                        const OpenOptions& options) {
+    const ArrowStream owned(stream, sourceName);
+    return ReadBatches(owned, sourceName, LoadSchema("", options), options);
+}
+
+}  // namespace embedded
