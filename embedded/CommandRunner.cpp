@@ -22,10 +22,16 @@ CommandStatus Conclude() {
     return pvGetCmnGlb()[kErrorWord] == 0 ? CommandStatus::Ok : CommandStatus::Failed;
 }
 
+// Whatever stopped this run must not stop the next. An interrupt that came before the run counts.
+struct ForgetStop {
+    ~ForgetStop() { ClearStop(); }
+};
+
 }  // namespace
 
 std::vector<CommandReport> RunCommands(DataSet& data, const std::vector<CommandTokens>& commands,
                                        ProcedureEntry entry, ProgressListener* progress) {
+    const ForgetStop forget;
     std::vector<CommandReport> reports;
     for (const CommandTokens& command : commands) {
         CommandReport& report = reports.emplace_back();

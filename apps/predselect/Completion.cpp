@@ -149,7 +149,10 @@ std::string ZshScript(const std::vector<CommandInfo>& commands) {
                                           : fmt::format(" \\\n            '1:shell:({})' ;;\n",
                                                         Joined(command.fvWords, " "));
     }
-    return script + "    esac\n}\ncompdef _predselect predselect\n";
+    // As a file in $fpath it is the function itself; sourced, it declares it.
+    return script +
+           "    esac\n}\nif [ \"$funcstack[1]\" = _predselect ]; then\n    _predselect \"$@\"\n"
+           "else\n    compdef _predselect predselect\nfi\n";
 }
 
 std::string FishScript(const std::vector<CommandInfo>& commands) {

@@ -7,9 +7,10 @@
 
 namespace app {
 
-/// The files of one run, all or none: each is written and synced under a temporary name beside its
-/// place, and only when every one is complete are they renamed. What existed before stays until
-/// then. Throws ProgramError (kFileFault); leftovers are removed.
+/// The outputs of one run. Files are written and synced under temporary names beside their places;
+/// Commit puts them there when every one is complete, so that a run that fails leaves none and what
+/// existed before stays. Throws ProgramError (kFileFault, or kInterrupted when a signal has come);
+/// leftovers are removed.
 class OutputFiles {
  public:
     OutputFiles() = default;
@@ -17,9 +18,10 @@ class OutputFiles {
     OutputFiles(const OutputFiles&) = delete;
     OutputFiles& operator=(const OutputFiles&) = delete;
 
-    /// Writes the content that is to stand at the path. "-" is standard output, written by Commit.
+    /// Takes the content that is to stand at the path. "-" is standard output.
     void Add(const std::string& path, std::string_view content);
-    /// Puts all in place.
+    /// Writes devices, pipes and standard output, which cannot be taken back, and then renames the
+    /// files. Should a rename fail all the same, files renamed before it stay.
     void Commit();
 
  private:
@@ -27,16 +29,20 @@ class OutputFiles {
         std::string fPath;
         std::string fTemporary;
     };
+    struct Stream {
+        std::string fPath;
+        std::string fContent;
+    };
     std::vector<Pending> fvPending;
-    std::string fStandardOutput;
+    std::vector<Stream> fvStreams;
 };
-
-/// Throws ProgramError (kFileFault) when a file could not be put at the path, before work is spent
-/// on it: no such directory, no permission, a directory in its place.
-void CheckWritable(const std::string& path);
 
 /// Writes all of it. A reader that has gone away is no fault; any other is a ProgramError.
 void WriteStandardOutput(std::string_view text);
+
+/// Opens /dev/null in the place of a standard stream that the process was started without, so that
+/// no file that is opened later takes its number.
+void FillStandardStreams();
 
 }  // namespace app
 

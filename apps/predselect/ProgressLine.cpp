@@ -4,6 +4,8 @@
 
 #include <cstdio>
 
+#include "apps/predselect/Terminal.h"
+
 namespace app {
 namespace {
 
@@ -14,6 +16,18 @@ std::string Grouped(std::int64_t number) {
     std::string text = std::to_string(number);
     for (std::size_t at = text.size(); at > 3;) text.insert(at -= 3, ",");
     return text;
+}
+
+// At most so many characters; the paths in it may hold anything.
+std::string Shortened(const std::string& text, std::int32_t most) {
+    std::string shown;
+    std::int32_t characters = 0;
+    for (const char c : text) {
+        const bool startsCharacter = (static_cast<unsigned char>(c) & 0xC0U) != 0x80U;
+        if (startsCharacter && ++characters > most) break;
+        shown += static_cast<unsigned char>(c) < ' ' || c == '\x7f' ? '?' : c;
+    }
+    return shown;
 }
 
 }  // namespace
@@ -40,8 +54,9 @@ void ProgressLine::OnProgress(const ProgressReport& report) {
     Write(text);
 }
 
+// Cut to one line of the terminal: a line that wraps could not be wiped.
 void ProgressLine::Write(const std::string& text) {
-    std::fputs(("\r\x1b[K" + text).c_str(), stderr);
+    std::fputs(("\r\x1b[K" + Shortened(text, ErrorTerminalWidth() - 1)).c_str(), stderr);
     std::fflush(stderr);
     fbShown = !text.empty();
 }

@@ -9,10 +9,12 @@
 #include <optional>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "apps/predselect/ChartFiles.h"
 #include "apps/predselect/OutputFiles.h"
+#include "apps/predselect/OutputPaths.h"
 #include "apps/predselect/ProgressLine.h"
 #include "apps/predselect/SelectCommandText.h"
 #include "apps/predselect/Signals.h"
@@ -68,27 +70,67 @@ CommandSource SourceOf(const ProgramOptions& options) {
             ReadCommandFile(options.fCommandFile)};
 }
 
-// At most one form may go to standard output, and the text report then stays away.
-bool StandardOutputTaken(const OutputOptions& output) {
-    const std::vector<const std::string*> paths{&output.fHtml, &output.fJson, &output.fChart,
-                                                &output.fVega};
-    const auto taken =
-        std::count_if(paths.begin(), paths.end(), [](const auto* path) { return *path == "-"; });
-    if (taken > 1) {
-        throw ProgramError(
-            kWrongUse, "only one output can go to standard output; give the others a file name");
-    }
-    return taken == 1;
+std::vector<embedded::CommandTokens> ReadCommands(const CommandSource& source) {
+    embedded::CommandScript script = embedded::ParseCommandText(source.fText, source.fName);
+    if (script.fFault) throw ProgramError(kWrongUse, script.fFault->Lines());
+    return std::move(script.fvCommands);
 }
 
-embedded::TextStyle StyleOf(const OutputOptions& output) {
+void CheckOutputs(const ProgramOptions& options,
+                  const std::vector<embedded::CommandTokens>& commands) {
+    const OutputOptions& output = options.fOutput;
+    CheckOutputPaths({{"--html", output.fHtml},
+                      {"--json", output.fJson},
+                      {"--chart", output.fChart},
+                      {"--vega", output.fVega}},
+                     {{"the data file", options.fDataPath},
+                      {"the dictionary of the data", options.fOpen.fSchemaPath.empty()
+                                                         ? options.fDataPath + ".schema.json"
+                                                         : options.fOpen.fSchemaPath},
+                      {"the command file", options.fCommandFile}});
+    const bool wantsChart = !output.fChart.empty() || !output.fVega.empty();
+    if (wantsChart && !AsksForChart(commands)) {
+        throw ProgramError(kWrongUse,
+                           "--chart and --vega need a command that draws a chart; add /PLOT "
+                           "SUMMARY to it");
+    }
+}
+
+// An output on standard output takes the place of the text report.
+bool ShowsText(const OutputOptions& output) {
+    return !output.fbQuiet && output.fHtml != "-" && output.fJson != "-" && output.fChart != "-" &&
+           output.fVega != "-";
+}
+
+std::string TextReport(const embedded::Report& report, const OutputOptions& output) {
     embedded::TextStyle style;
     style.fWidth = static_cast<std::size_t>(TextWidth(output.fWidth));
     style.fbColor = UseColor(output.fColor);
-    return style;
+    return embedded::TextRenderer::Render(report, style);
 }
 
-// Errors of the command that did not end well, one line each; a refused command shows its line too.
+void TellNotes(const embedded::DataSet& data) {
+    constexpr std::size_t kMost = 20;
+    const std::vector<embedded::DataNote>& notes = data.Notes();
+    for (std::size_t i = 0; i < std::min(kMost, notes.size()); ++i) {
+        Tell("note: " + notes[i].fText);
+    }
+    if (notes.size() > kMost) {
+        Tell("note: there are " + std::to_string(notes.size() - kMost) +
+             " more; predselect describe shows all");
+    }
+}
+
+void TellWarnings(const embedded::Report& report) {
+    for (const embedded::CommandReport& command : report.fvCommands) {
+        for (const embedded::ReportMessage& message : command.fvMessages) {
+            if (message.fLevel != embedded::MessageLevel::Warning) continue;
+            Tell("warning: " + message.fText);
+        }
+    }
+}
+
+// Why the command did not end well; a refused command shows its line too.
 ExitStatus TellFailure(const embedded::CommandReport& command) {
     if (command.fStatus == embedded::CommandStatus::Interrupted) {
         Tell("interrupted");
@@ -103,48 +145,21 @@ ExitStatus TellFailure(const embedded::CommandReport& command) {
     return refused ? kWrongUse : kCommandFailed;
 }
 
-void TellWarnings(const embedded::Report& report) {
-    for (const embedded::CommandReport& command : report.fvCommands) {
-        for (const embedded::ReportMessage& message : command.fvMessages) {
-            if (message.fLevel == embedded::MessageLevel::Warning)
-                Tell("warning: " + message.fText);
-        }
-    }
-}
-
 void WriteReport(const embedded::Report& report, const OutputOptions& output) {
-    const bool showText = !output.fbQuiet && !StandardOutputTaken(output);
     OutputFiles files;
     if (!output.fHtml.empty()) files.Add(output.fHtml, embedded::HtmlRenderer::Render(report));
     if (!output.fJson.empty()) files.Add(output.fJson, embedded::JsonRenderer::Render(report));
-    if (!output.fChart.empty()) {
-        AddCharts(report, &embedded::ReportChart::fSvg, output.fChart, files);
-    }
-    if (!output.fVega.empty()) {
-        AddCharts(report, &embedded::ReportChart::fVegaLite, output.fVega, files);
-    }
-    if (showText) files.Add("-", embedded::TextRenderer::Render(report, StyleOf(output)));
-    if (Interrupted()) throw ProgramError(kInterrupted, "interrupted");
+    // A run that left no predictor draws none, and that is no failure.
+    const auto addCharts = [&](std::string embedded::ReportChart::*form, const std::string& path) {
+        if (path.empty() || AddCharts(report, form, path, files)) return;
+        Tell("warning: there was nothing to draw, so no chart was written to " + path);
+    };
+    addCharts(&embedded::ReportChart::fSvg, output.fChart);
+    addCharts(&embedded::ReportChart::fVegaLite, output.fVega);
+    if (ShowsText(output)) files.Add("-", TextReport(report, output));
     files.Commit();
     // The text report shows them already.
-    if (!showText) TellWarnings(report);
-}
-
-void CheckOutputs(const OutputOptions& output) {
-    StandardOutputTaken(output);
-    for (const std::string* path : {&output.fHtml, &output.fJson, &output.fChart, &output.fVega}) {
-        CheckWritable(*path);
-    }
-}
-
-std::vector<embedded::CommandTokens> ReadCommands(const CommandSource& source) {
-    embedded::CommandScript script = embedded::ParseCommandText(source.fText, source.fName);
-    if (script.fFault) throw ProgramError(kWrongUse, script.fFault->Lines());
-    if (script.fvCommands.empty()) {
-        throw ProgramError(
-            kWrongUse, source.fName + " holds no command; write SELECTPRED and a target variable");
-    }
-    return std::move(script.fvCommands);
+    if (!ShowsText(output)) TellWarnings(report);
 }
 
 }  // namespace
@@ -155,8 +170,8 @@ ExitStatus RunCommand(const ProgramOptions& options) {
         WriteStandardOutput(source.fText);
         return kDone;
     }
-    CheckOutputs(options.fOutput);
     const std::vector<embedded::CommandTokens> commands = ReadCommands(source);
+    CheckOutputs(options, commands);
 
     std::optional<ProgressLine> progress;
     if (ProgressIsSeen() && !options.fOutput.fbQuiet) progress.emplace();
@@ -169,21 +184,19 @@ ExitStatus RunCommand(const ProgramOptions& options) {
     report.fvCommands =
         embedded::RunCommands(data, commands, &PREDSELE, progress ? &*progress : nullptr);
     progress.reset();
-    for (const embedded::DataNote& note : data.Notes()) Tell("note: " + note.fText);
+    TellNotes(data);
 
-    const embedded::CommandReport& last = report.fvCommands.back();
-    if (last.fStatus != embedded::CommandStatus::Ok) {
-        const ExitStatus status = TellFailure(last);
-        report.fvCommands.pop_back();
-        // What earlier commands found is shown, but a failed run leaves no file.
-        if (!options.fOutput.fbQuiet && !StandardOutputTaken(options.fOutput) &&
-            !report.fvCommands.empty()) {
-            WriteStandardOutput(embedded::TextRenderer::Render(report, StyleOf(options.fOutput)));
-        }
-        return status;
+    if (report.fvCommands.back().fStatus == embedded::CommandStatus::Ok) {
+        WriteReport(report, options.fOutput);
+        return kDone;
     }
-    WriteReport(report, options.fOutput);
-    return kDone;
+    const ExitStatus status = TellFailure(report.fvCommands.back());
+    report.fvCommands.pop_back();
+    // What earlier commands found is shown, but a failed run leaves no file.
+    if (ShowsText(options.fOutput) && !report.fvCommands.empty()) {
+        WriteStandardOutput(TextReport(report, options.fOutput));
+    }
+    return status;
 }
 
 }  // namespace app

@@ -13,21 +13,36 @@ namespace {
 
 bool IsPlain(std::string_view name) { return embedded::WrittenName(name) == name; }
 
-// An element of a variable list: ALL, STEM*, FIRST..LAST and what stands in double quotes already
-// are written as they are, any other text is a name.
+// One name in double quotes, those inside it doubled.
+bool IsQuoted(std::string_view text) {
+    if (text.size() < 2 || text.front() != '"' || text.back() != '"') return false;
+    const std::string_view inside = text.substr(1, text.size() - 2);
+    for (std::size_t at = inside.find('"'); at != std::string_view::npos;
+         at = inside.find('"', at + 2)) {
+        if (at + 1 == inside.size() || inside[at + 1] != '"') return false;
+    }
+    return true;
+}
+
+bool IsRange(std::string_view text) {
+    const auto isEnd = [](std::string_view end) { return IsPlain(end) || IsQuoted(end); };
+    for (std::size_t dots = text.find(".."); dots != std::string_view::npos;
+         dots = text.find("..", dots + 1)) {
+        if (isEnd(text.substr(0, dots)) && isEnd(text.substr(dots + 2))) return true;
+    }
+    return false;
+}
+
+bool IsPattern(std::string_view text) {
+    return text.size() > 1 && text.back() == '*' && IsPlain(text.substr(0, text.size() - 1));
+}
+
+// An element of a variable list. What is none of the language's own forms is a name.
 std::string WrittenElement(const std::string& element) {
-    if (AreStringsEqualCase(element, "ALL")) return element;
-    if (element.size() >= 2 && element.front() == '"' && element.back() == '"') return element;
     if (element == "*") return "ALL";
-    if (element.size() > 1 && element.back() == '*' &&
-        IsPlain(std::string_view(element).substr(0, element.size() - 1))) {
-        return element;
-    }
-    if (const std::size_t dots = element.find(".."); dots != std::string::npos) {
-        const std::string_view text = element;
-        if (IsPlain(text.substr(0, dots)) && IsPlain(text.substr(dots + 2))) return element;
-    }
-    return embedded::WrittenName(element);
+    const bool isWritten = AreStringsEqualCase(element, "ALL") || IsQuoted(element) ||
+                           IsRange(element) || IsPattern(element);
+    return isWritten ? element : embedded::WrittenName(element);
 }
 
 std::string WrittenList(const std::vector<std::string>& elements) {

@@ -3,8 +3,9 @@
 
 namespace app {
 
-/// SIGINT and SIGTERM from now on: while nothing but reading has happened they end the process at
-/// once, with one line on standard error. SIGPIPE no longer ends it.
+/// SIGINT, SIGTERM and SIGHUP from now on: while nothing but reading has happened they end the
+/// process at once, with one line on standard error. Those that were ignored before stay so.
+/// SIGPIPE and SIGXFSZ no longer end it: the writing fails instead.
 void CatchSignals();
 
 /// From now on a signal asks the running command to stop and is answered by Interrupted().

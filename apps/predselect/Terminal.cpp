@@ -20,25 +20,36 @@ std::int32_t FromEnvironment() {
     return width;
 }
 
-}  // namespace
-
-std::int32_t TextWidth(std::int32_t asked) {
-    if (asked > 0) return asked;
-    if (isatty(STDOUT_FILENO) == 0) return kWidthElsewhere;
+std::int32_t TerminalWidth(int descriptor) {
+    if (isatty(descriptor) == 0) return kWidthElsewhere;
     if (const std::int32_t width = FromEnvironment(); width >= kLeastWidth) return width;
     winsize size{};
-    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col >= kLeastWidth) {
+    if (ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col >= kLeastWidth) {
         return size.ws_col;
     }
     return kWidthElsewhere;
 }
 
+// A terminal that obeys escape sequences.
+bool IsCapable(int descriptor) {
+    const char* kind = std::getenv("TERM");
+    return isatty(descriptor) != 0 && kind && std::strcmp(kind, "dumb") != 0;
+}
+
+}  // namespace
+
+std::int32_t TextWidth(std::int32_t asked) {
+    return asked > 0 ? asked : TerminalWidth(STDOUT_FILENO);
+}
+
+std::int32_t ErrorTerminalWidth() { return TerminalWidth(STDERR_FILENO); }
+
 bool UseColor(ColorMode mode) {
     if (mode != ColorMode::Auto) return mode == ColorMode::Always;
     const char* noColor = std::getenv("NO_COLOR");
-    return isatty(STDOUT_FILENO) != 0 && (!noColor || *noColor == '\0');
+    return IsCapable(STDOUT_FILENO) && (!noColor || *noColor == '\0');
 }
 
-bool ProgressIsSeen() { return isatty(STDERR_FILENO) != 0; }
+bool ProgressIsSeen() { return IsCapable(STDERR_FILENO); }
 
 }  // namespace app

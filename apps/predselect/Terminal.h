@@ -10,11 +10,14 @@ namespace app {
 /// Columns for text on standard output: those asked for, else the terminal's, else 100.
 std::int32_t TextWidth(std::int32_t asked);
 
-/// Whether text on standard output is coloured: as asked; Auto colours a terminal, unless the
-/// environment holds NO_COLOR.
+/// Columns of the terminal of standard error.
+std::int32_t ErrorTerminalWidth();
+
+/// Whether text on standard output is coloured: as asked; Auto colours a terminal that is not
+/// "dumb", unless the environment holds NO_COLOR.
 bool UseColor(ColorMode mode);
 
-/// Whether standard error is a terminal.
+/// Whether standard error is a terminal on which a line can be rewritten.
 bool ProgressIsSeen();
 
 }  // namespace app

@@ -1,6 +1,7 @@
 #include <exception>
 #include <iostream>
 #include <new>
+#include <sstream>
 #include <string>
 
 #include "apps/predselect/CommandLine.h"
@@ -16,7 +17,7 @@ namespace {
 app::ExitStatus Perform(const CLI::App& commandLine, app::ProgramOptions& options) {
     switch (options.fVerb) {
         case app::Verb::Select:
-            // A page or a picture is what the chart is for.
+            // A page or a picture asks for the chart.
             options.fSelect.fbPlot = options.fSelect.fbPlot || !options.fOutput.fHtml.empty() ||
                                      !options.fOutput.fChart.empty() ||
                                      !options.fOutput.fVega.empty();
@@ -32,6 +33,13 @@ app::ExitStatus Perform(const CLI::App& commandLine, app::ProgramOptions& option
     return app::kWrongUse;
 }
 
+// How to ask for help on the command that was meant.
+std::string HelpOf(const CLI::App& commandLine) {
+    std::string call = "predselect ";
+    for (const CLI::App* command : commandLine.get_subcommands()) call += command->get_name() + ' ';
+    return call + "--help";
+}
+
 int Fail(app::ExitStatus status, const std::string& message) {
     std::cerr << "predselect: " << message << '\n';
     return status;
@@ -40,16 +48,21 @@ int Fail(app::ExitStatus status, const std::string& message) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    app::FillStandardStreams();
     app::CatchSignals();
     app::ProgramOptions options;
     try {
         const auto commandLine = app::MakeCommandLine(options);
         try {
             commandLine->parse(argc, argv);
-        } catch (const CLI::Success& request) {
-            return commandLine->exit(request);  // help and version
+        } catch (const CLI::Success& request) {  // help and version
+            std::ostringstream text;
+            commandLine->exit(request, text);
+            app::WriteStandardOutput(text.str());
+            return app::kDone;
         } catch (const CLI::ParseError& error) {
-            return Fail(app::kWrongUse, std::string(error.what()) + "; see predselect --help");
+            return Fail(app::kWrongUse,
+                        std::string(error.what()) + "; see " + HelpOf(*commandLine));
         }
         return Perform(*commandLine, options);
     } catch (const app::ProgramError& error) {

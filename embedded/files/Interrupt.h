@@ -9,7 +9,7 @@ enum class StopCause { None, TimeLimit, Interrupt };
 /// Asks every running and later stop processor to signal. Safe to call from a signal handler.
 void RequestInterrupt() noexcept;
 
-/// Forgets an earlier interrupt and the last cause; called before each command.
+/// Forgets an earlier interrupt and the last cause; called after each run of commands.
 void ClearStop() noexcept;
 
 StopCause LastStopCause() noexcept;
