@@ -406,6 +406,25 @@ TEST_F(FSPredictorSetRanking, AnotherRankingStartsAfresh) {
     EXPECT_EQ(fpSet->GetRanks(0), (Indices{-1, 0, -1, -1}));
 }
 
+TEST_F(FSPredictorSetRanking, ASecondPassDerivesItsStatisticsAnew) {
+    const Rows first{{0, 1}, {0, 2}, {1, 4}, {1, 7}};
+    const Rows second{{0, 9}, {1, 3}, {1, 2}};
+    Rows both = first;
+    both.insert(both.end(), second.begin(), second.end());
+    fSettings = FSSettings(1, kContinuous, true);
+    Make();
+    EXPECT_TRUE(Read(both).IsOk());
+    EXPECT_TRUE(fpSet->ComputeCriteria().IsOk());
+    const double atOnce = fpSet->GetCriterionValues(4)[0];
+    Make();
+    EXPECT_TRUE(Read(first).IsOk());
+    EXPECT_TRUE(fpSet->ComputeCriteria().IsOk());
+    EXPECT_NE(fpSet->GetCriterionValues(4)[0], atOnce);
+    EXPECT_TRUE(Read(second).IsOk());
+    EXPECT_TRUE(fpSet->ComputeCriteria().IsOk());
+    EXPECT_EQ(fpSet->GetCriterionValues(4)[0], atOnce);
+}
+
 TEST_F(FSPredictorSetRanking, ACriterionSwitchedOnAfterConstructionHasNoValuesAndNoRanks) {
     fSettings = FSSettings(2, kCategorical, true);
     ASSERT_TRUE(fSettings.SetCriterion(FSCriterion::kLikelihood, false));
