@@ -1,7 +1,6 @@
 // The whole run against a slow plain one that keeps all records, counts in maps and takes two
 // passes for every mean and moment.
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <map>
 #include <random>
@@ -30,7 +29,6 @@ double Upper(double cdf) { return cdf == kMissing ? kMissing : 1 - cdf; }
 struct Oracle {
     bool fbPredCategorical, fbTargetCategorical;
     std::vector<Case> fvCases;
-    double fProcessed = 0;
 
     double Weight() const {
         double sum = 0;
@@ -209,7 +207,7 @@ TEST_P(AgainstThePlainRun, ValuesOrderAndCountsAgree) {
         };
         RecordCounts counts{0, 0, 0, 0};
         std::vector<Oracle> oracles;
-        for (const bool kind : kinds) oracles.push_back({kind, targetCategorical, {}, 0});
+        for (const bool kind : kinds) oracles.push_back({kind, targetCategorical, {}});
         for (const auto& row : fvRows) {
             const double weight = row[4] == kMissing ? 0 : std::round(row[4]);
             if (weight == 0) continue;

@@ -1,6 +1,5 @@
-#include <cmath>
+#include <algorithm>
 
-#include "featureselect/FSDistributions.h"
 #include "featureselect/tests/PredictorSetFixture.h"
 
 namespace {
@@ -382,18 +381,21 @@ TEST_F(FSPredictorSetRanking, APerfectCorrelationHasNoTAndRanksFirst) {
     EXPECT_EQ(Best(5, 0), (Indices{1, 0}));
 }
 
-TEST_F(FSPredictorSetRanking, TwoCasesLeaveTheTTestWithoutAValue) {
-    fSettings = FSSettings(2, kContinuous, false);
+TEST_F(FSPredictorSetRanking, NoDegreeOfFreedomLeavesTheTTestWithoutAValue) {
+    fSettings = FSSettings(1, kContinuous, false);
+    fSettings.SetWeightPosition(1);
+    fSettings.SetWeightConversion(FSSettings::kWeightAsIs);
     Make();
-    // The second predictor has a third case, so only the first stands at 0 degrees of freedom.
-    EXPECT_TRUE(Read({{0, 0.3, 1}, {1, 0.1, 5}, {3, kMissing, 2}}).IsOk());
+    // Three records that weigh 2 together, so that r is not perfect.
+    EXPECT_TRUE(Read({{0, 0.5, 1}, {1, 0.5, 5}, {3, 1, 2}}).IsOk());
     ComputeAndSort();
     double p = -1, r = -1, t = -1, df = -1;
     EXPECT_TRUE(fpSet->GetPredictorCriterion(5, 0, p, r, t, df));
+    EXPECT_LT(r * r, 1.0);
     EXPECT_EQ(df, 0);
-    // r is -1 to rounding: below 1 in the square the value is missing, else it is 0.
-    EXPECT_EQ(p, r * r < 1.0 ? kMissing : 0.0);
-    EXPECT_EQ(fpSet->GetCriterionValues(5)[0], p);
+    EXPECT_EQ(p, kMissing);
+    EXPECT_EQ(fpSet->GetCriterionValues(5)[0], kMissing);
+    EXPECT_EQ(fpSet->GetRanks(5), (Indices{0}));
 }
 
 TEST_F(FSPredictorSetRanking, AnotherRankingStartsAfresh) {
