@@ -442,7 +442,7 @@ class NumberColumn : public ArrowColumn {
 
  private:
     void Take(double value) {
-        if (fType.fbMayBeInexact && std::abs(value) > kLargestExactInteger) {
+        if (fType.fbMayBeInexact && std::abs(value) >= kFirstInexactInteger) {
             fInexact.Note(fNumbers.Rows());
         }
         fNumbers.Append(value);

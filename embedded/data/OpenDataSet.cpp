@@ -155,7 +155,7 @@ class Assembly {
         NoteOddity(field, index, DataNote::Kind::kInfinite, read.fInfinite,
                    "infinite or too large for a number; treated as missing");
         NoteOddity(field, index, DataNote::Kind::kInexactInteger, read.fInexact,
-                   "whole numbers beyond 2^53 and may have been rounded");
+                   "whole and at or beyond 2^53, where doubles may round whole numbers");
         NoteOddity(field, index, DataNote::Kind::kUndecodable, read.fUndecodable,
                    "not valid text in the file's encoding; shown with \xEF\xBF\xBD");
         if (read.fKind == ColumnKind::kString && !DeclaredKind(field)) {

@@ -8,8 +8,8 @@
 
 namespace embedded {
 
-/// Whole numbers beyond 2^53 are not all doubles.
-inline constexpr double kLargestExactInteger = 9007199254740992.0;
+/// 2^53: from here on a double may stand for a whole number that is none.
+inline constexpr double kFirstInexactInteger = 9007199254740992.0;
 
 /// A column as it came out of a file, and what was odd about its values.
 struct ReadColumn {
@@ -18,7 +18,7 @@ struct ReadColumn {
     std::int32_t fDecimals = -1;  // digits behind the decimal mark as written; -1 not known
     bool fbOrdered = false;       // the source says that its categories have an order
     Oddity fInfinite{};
-    Oddity fInexact{};  // integers beyond kLargestExactInteger
+    Oddity fInexact{};  // integers of kFirstInexactInteger or more, either sign
     Oddity fUndecodable{};
 };
 

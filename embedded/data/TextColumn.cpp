@@ -128,7 +128,7 @@ bool TextColumn::StoreAs(State state, std::string_view trimmed) {
                 return false;
             }
             fDecimals = std::max(fDecimals, number->fDecimals);
-            if (number->fbInteger && std::abs(number->fValue) > kLargestExactInteger &&
+            if (number->fbInteger && std::abs(number->fValue) >= kFirstInexactInteger &&
                 std::isfinite(number->fValue)) {
                 fInexact.Note(fRow);
             }
