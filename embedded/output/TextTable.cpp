@@ -279,6 +279,19 @@ class TableText {
         while (end < fvColumns.size() &&
                (fStyle.fWidth == 0 || TotalWidth(first, end + 1) <= fStyle.fWidth))
             ++end;
+        return end < fvColumns.size() ? EndBetweenGroups(first, end) : end;
+    }
+
+    /// A panel that would end inside a group ends before the group, or before the subgroup when it
+    /// holds nothing else.
+    std::size_t EndBetweenGroups(std::size_t first, std::size_t end) const {
+        for (std::size_t level = 0; level < TableLayout::Depth(fLayout.fvColumns); ++level) {
+            std::size_t start = end;
+            while (start > first &&
+                   TableLayout::Shares(fLayout.fvColumns[start - 1], fLayout.fvColumns[end], level))
+                --start;
+            if (start > first) return start;
+        }
         return end;
     }
 

@@ -12,7 +12,8 @@ namespace embedded {
 std::string TextTitle(const std::string& title, const TextStyle& style);
 
 /// One pivot table as lines of text, the last with its '\n'. Rows of a group are indented below its
-/// heading. A table wider than the style's width is split into panels that repeat the row headings.
+/// heading. A table wider than the style's width is split into panels that repeat the row headings,
+/// between groups of columns where it can be.
 std::string TextTable(const ReportTable& table, const TextStyle& style);
 
 }  // namespace embedded

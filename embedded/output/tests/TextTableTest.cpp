@@ -4,6 +4,7 @@
 #include <rapidcheck.h>
 #include <rapidcheck/gtest.h>
 
+#include <algorithm>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -105,6 +106,13 @@ TEST(TextTable, ATooWideTableIsSplitIntoPanelsThatRepeatTheRowHeadings) {
               "a. A note on the value.\n"
               "b. Limited to the first 1 unselected\n"
               "   predictors.\n");
+}
+
+TEST(TextTable, PanelsEndBetweenGroups) {
+    // There is room for the first of the group's two columns.
+    const std::vector<std::string> lines = LinesOf(Plain(PredictorTable(), 48));
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "Predictor       Rank  Unadjusted Sig."), 1);
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "Predictor          Value   df"), 1);
 }
 
 TEST(TextTable, AsciiStyleHasNoOtherRulesAndMarks) {
