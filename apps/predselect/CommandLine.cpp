@@ -268,7 +268,7 @@ void AddSelect(CLI::App& program, ProgramOptions& options) {
     constexpr const char* kSelection = "Selection";
     SelectOptions& select = options.fSelect;
     CLI::App& command = *program.add_subcommand(
-        "select", "Screen and rank the predictors of a target, one at a time (SELECTPRED)");
+        "select", "Screen and rank the predictors of a target (SELECTPRED)");
 
     command.footer(std::string(kSelectExamples) + kExitStatus);
     command.add_option("-t,--target", select.fTarget, "Variable to be predicted")
@@ -407,7 +407,13 @@ std::unique_ptr<CLI::App> MakeCommandLine(ProgramOptions& options) {
         "the others was dropped.",
         "predselect");
     program->set_version_flag("--version", std::string("predselect ") + PREDSELECT_VERSION);
-    program->require_subcommand(1);
+    // Not at least one: a mistyped one would be told as a missing one.
+    program->require_subcommand(0, 1);
+    program->callback([commandLine = program.get()] {
+        if (commandLine->get_subcommands().empty()) {
+            throw CLI::RequiredError("run, select, describe or completion");
+        }
+    });
     program->footer(std::string(kExamples) + kExitStatus);
     program->formatter(std::make_shared<HelpFormatter>());
     AddRun(*program, options);

@@ -34,15 +34,20 @@ class Descriptor {
     int fNumber;
 };
 
-// False with errno; EINTR when a signal has asked the program to end.
+// False with errno; EINTR when a signal has asked the program to end. A write that a signal cuts
+// short is no error in itself.
 bool WriteAll(int descriptor, std::string_view text) {
     while (!text.empty()) {
-        const ssize_t written = write(descriptor, text.data(), text.size());
-        if (written < 0) {
-            if (errno == EINTR && !Interrupted()) continue;
+        if (Interrupted()) {
+            errno = EINTR;
             return false;
         }
-        text.remove_prefix(static_cast<std::size_t>(written));
+        const ssize_t written = write(descriptor, text.data(), text.size());
+        if (written >= 0) {
+            text.remove_prefix(static_cast<std::size_t>(written));
+        } else if (errno != EINTR) {
+            return false;
+        }
     }
     return true;
 }

@@ -18,14 +18,20 @@ bool IsGiven(const NamedPath& path) { return !path.fPath.empty(); }
 
 bool IsFile(const NamedPath& path) { return IsGiven(path) && path.fPath != "-"; }
 
+// The path without links and detours, of a file that need not exist.
+std::filesystem::path Place(const std::string& path) {
+    std::error_code error;
+    const auto place = std::filesystem::absolute(path, error);
+    const auto resolved = std::filesystem::weakly_canonical(place, error);
+    return error ? place : resolved;
+}
+
 // Both stand for one place. Devices and pipes may be named as often as one likes.
 bool IsSamePlace(const NamedPath& one, const NamedPath& other) {
     if (!IsFile(one) || !IsFile(other)) return false;
     struct stat existing {};
     if (stat(one.fPath.c_str(), &existing) == 0 && !S_ISREG(existing.st_mode)) return false;
-    std::error_code error;
-    const auto place = std::filesystem::weakly_canonical(one.fPath, error);
-    return !error && place == std::filesystem::weakly_canonical(other.fPath, error) && !error;
+    return Place(one.fPath) == Place(other.fPath);
 }
 
 void CheckWritable(const std::string& path) {

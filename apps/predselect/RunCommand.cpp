@@ -102,8 +102,10 @@ bool ShowsText(const OutputOptions& output) {
            output.fVega != "-";
 }
 
-std::string TextReport(const embedded::Report& report, const OutputOptions& output) {
+std::string TextReport(const embedded::Report& report, const OutputOptions& output,
+                       bool ofSeveralCommands) {
     embedded::TextStyle style;
+    style.fbShowCommand = ofSeveralCommands;
     style.fWidth = static_cast<std::size_t>(TextWidth(output.fWidth));
     style.fbColor = UseColor(output.fColor);
     return embedded::TextRenderer::Render(report, style);
@@ -156,7 +158,7 @@ void WriteReport(const embedded::Report& report, const OutputOptions& output) {
     };
     addCharts(&embedded::ReportChart::fSvg, output.fChart);
     addCharts(&embedded::ReportChart::fVegaLite, output.fVega);
-    if (ShowsText(output)) files.Add("-", TextReport(report, output));
+    if (ShowsText(output)) files.Add("-", TextReport(report, output, report.fvCommands.size() > 1));
     files.Commit();
     // The text report shows them already.
     if (!ShowsText(output)) TellWarnings(report);
@@ -193,8 +195,8 @@ ExitStatus RunCommand(const ProgramOptions& options) {
     const ExitStatus status = TellFailure(report.fvCommands.back());
     report.fvCommands.pop_back();
     // What earlier commands found is shown, but a failed run leaves no file.
-    if (ShowsText(options.fOutput) && !report.fvCommands.empty()) {
-        WriteStandardOutput(TextReport(report, options.fOutput));
+    if (status != kInterrupted && ShowsText(options.fOutput) && !report.fvCommands.empty()) {
+        WriteStandardOutput(TextReport(report, options.fOutput, true));
     }
     return status;
 }
