@@ -150,3 +150,8 @@ const embedded::RecordColumn& UAAdapterState::ColumnOf(std::int32_t variable) co
     PREDSEL_ASSERT(found != fvColumns.end(), "the variable is registered");
     return *found;
 }
+
+bool UAAdapterState::HasValidCase() const {
+    if (fvValidCases.empty()) return fData.RowCount() > 0;
+    return std::find(fvValidCases.begin(), fvValidCases.end(), true) != fvValidCases.end();
+}

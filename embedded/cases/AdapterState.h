@@ -68,6 +68,9 @@ struct UAAdapterState {
         return fvValidCases.empty() || fvValidCases[static_cast<std::size_t>(row)];
     }
 
+    /// True when at least one row is a valid case.
+    bool HasValidCase() const;
+
     const embedded::DataSet& fData;
     std::vector<embedded::RecordColumn> fvColumns;  // by record column
     std::vector<bool> fvValidCases;  // by row; empty when there is no weight: all are valid

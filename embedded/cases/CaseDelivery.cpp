@@ -106,6 +106,15 @@ struct UAProcDataSourceIter::Impl {
     explicit Impl(UAAdapterState& state)
         : fState(state), fRecord(static_cast<std::int32_t>(state.fvColumns.size())) {}
 
+    void Start() {
+        fRow = -1;
+        fDelivered = 0;
+        fChunk = -1;
+        fbStarted = true;
+        fbReady = false;
+        fStart = std::chrono::steady_clock::now();
+    }
+
     void OpenChunkOf(std::int64_t row) {
         const auto chunk = static_cast<std::int32_t>(row / embedded::kChunkRows);
         if (chunk == fChunk) return;
@@ -133,27 +142,16 @@ struct UAProcDataSourceIter::Impl {
 
 UAProcDataSourceIter::UAProcDataSourceIter(UAInputAdapter& adapter, bool startNow)
     : fpImpl(std::make_unique<Impl>(adapter.State())) {
-    if (startNow) {
-        UAProcDataSourceIter::NewPass();
-        UAProcDataSourceIter::HasMore();
-    }
+    if (startNow) fpImpl->Start();
 }
 
 UAProcDataSourceIter::~UAProcDataSourceIter() = default;
 
-void UAProcDataSourceIter::NewPass() {
-    Impl& pass = *fpImpl;
-    pass.fRow = -1;
-    pass.fDelivered = 0;
-    pass.fChunk = -1;
-    pass.fbStarted = true;
-    pass.fbReady = false;
-    pass.fStart = std::chrono::steady_clock::now();
-}
+void UAProcDataSourceIter::NewPass() { fpImpl->Start(); }
 
 bool UAProcDataSourceIter::HasMore() {
     Impl& pass = *fpImpl;
-    if (!pass.fbStarted) NewPass();
+    if (!pass.fbStarted) pass.Start();
     const std::int64_t rows = pass.fState.fData.RowCount();
     while (!pass.fbReady) {
         ++pass.fRow;
@@ -187,7 +185,8 @@ const MCCommon::Record* UAProcDataSourceIter::Next() {
 std::int32_t UAProcDataSourceIter::GetFailReason() const {
     const Impl& pass = *fpImpl;
     const bool ended = pass.fbReady && pass.fRow >= pass.fState.fData.RowCount();
-    return ended && pass.fDelivered == 0 ? MCCommon::kITER_NO_VALID_CASE : MCCommon::kITER_SUCCESS;
+    const bool none = ended ? pass.fDelivered == 0 : pass.fbStarted && !pass.fState.HasValidCase();
+    return none ? MCCommon::kITER_NO_VALID_CASE : MCCommon::kITER_SUCCESS;
 }
 
 // --- UAInpAdaptMsg ------------------------------------------------------------------------------

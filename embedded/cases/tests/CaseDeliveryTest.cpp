@@ -270,7 +270,7 @@ TEST(CaseDelivery, ProgressIsToldAtEachChunkAndAtTheEnd) {
     run.fSession.SetProgress(&counter);
     run.ReadAll();
     EXPECT_EQ(counter.fvRecords,
-              (std::vector<std::int32_t>{embedded::kChunkRows, embedded::kChunkRows + 1}));
+              (std::vector<std::int32_t>{0, embedded::kChunkRows, embedded::kChunkRows + 1}));
 }
 
 TEST(CaseDelivery, NoValidCasesSetsTheErrorWordAndTheWarningDoesNot) {
