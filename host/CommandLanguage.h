@@ -83,7 +83,6 @@ class KOLT_TokenSequence {
  public:
     /// fromCurrentCommand is true for a procedure.
     explicit KOLT_TokenSequence(bool fromCurrentCommand);
-    ~KOLT_TokenSequence();
     KOLT_TokenSequence(const KOLT_TokenSequence&) = delete;
     KOLT_TokenSequence& operator=(const KOLT_TokenSequence&) = delete;
     /// The token at the position, or one of kind End behind the last.
@@ -344,7 +343,7 @@ class VarSpecObj {
     VarSpecObj(std::string parameter, std::string subcommand, const CommandDescriptor& command,
                const ProcedureDataSource& source, bool numericOnly);
     /// The same with the command's name, or a word that stands in its place.
-    VarSpecObj(std::string parameter, std::string subcommand, std::string command,
+    VarSpecObj(std::string parameter, std::string subcommand, const std::string& command,
                const ProcedureDataSource& source, bool numericOnly);
 
     /// Takes the one variable of this dictionary index. False, with a message, when it cannot

@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <initializer_list>
 #include <utility>
 
@@ -237,9 +238,11 @@ class Layout {
             if (factor * power <= fifth * (1 + 1e-9)) step = factor * power;
         }
         std::vector<double> ticks;
-        const double first = std::ceil(fAxis.fLow / step - 1e-9);
-        const double last = std::floor(fAxis.fHigh / step + 1e-9);
-        for (double i = first; i <= last; ++i) ticks.push_back(i * step);
+        const auto first = static_cast<std::int64_t>(std::ceil(fAxis.fLow / step - 1e-9));
+        const auto last = static_cast<std::int64_t>(std::floor(fAxis.fHigh / step + 1e-9));
+        for (std::int64_t i = first; i <= last; ++i) {
+            ticks.push_back(static_cast<double>(i) * step);
+        }
         return ticks;
     }
 

@@ -85,7 +85,7 @@ CommandScript ParseCommandText(std::string text, std::string sourceName) {
         script.fvCommands.emplace_back(source, std::move(name), std::move(tokens), std::move(last),
                                        source->Text().substr(start, end - start));
     }
-    if (lexer.Fault()) return refuse(*lexer.Fault());
+    if (const auto& fault = lexer.Fault()) return refuse(*fault);
     if (script.fvCommands.empty())
         return refuse(MakeFault("No command in text ^1...", {OneOf(CommandNames())}, *source,
                                 TextPlace{1, 1}));

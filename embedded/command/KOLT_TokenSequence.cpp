@@ -8,8 +8,6 @@ std::string TokenInfoObj::getUpperString() const { return embedded::UpperAscii(f
 // The embedded host has no other source of tokens than the running command.
 KOLT_TokenSequence::KOLT_TokenSequence(bool /*fromCurrentCommand*/) {}
 
-KOLT_TokenSequence::~KOLT_TokenSequence() = default;
-
 const TokenInfoObj& KOLT_TokenSequence::Peek() const {
     const embedded::CommandTokens& command = embedded::HostSession::Active().Command();
     return fPosition < command.Tokens().size() ? command.Tokens()[fPosition] : command.EndToken();

@@ -343,7 +343,7 @@ VarSpecObj::VarSpecObj(std::string parameter, std::string subcommand,
         if (!subCom.Name().empty()) fvSubcommandNames.push_back(subCom.Name());
 }
 
-VarSpecObj::VarSpecObj(std::string parameter, std::string subcommand, std::string command,
+VarSpecObj::VarSpecObj(std::string parameter, std::string subcommand, const std::string& command,
                        const ProcedureDataSource& source, bool numericOnly)
     : fParameter(std::move(parameter)),
       fSubcommand(std::move(subcommand)),
