@@ -37,11 +37,11 @@ DelimitedText::DelimitedText(std::string_view bytes, const OpenOptions& options,
       fText(bytes, options.fEncoding),
       fBlockBytes(std::max(options.fBlockBytes, 1)) {
     const std::string_view text = fText.Get();
-    if (const std::size_t zero = text.find('\0'); zero != std::string_view::npos) {
+    if (text.find('\0') != std::string_view::npos) {
         throw DataError(DataError::Kind::kContent,
                         fName + ": is no data file in a known form (Parquet, Arrow or delimited " +
-                            "text): byte " + std::to_string(zero + 1) + " is zero; check the file" +
-                            ", or its encoding with --encoding");
+                            "text): it holds zero bytes; check the file, or its encoding with " +
+                            "--encoding");
     }
     fDialect = DetectDialect(text, options.fDelimiter, options.fQuote);
     RecordScanner scanner(text, fDialect);

@@ -217,29 +217,36 @@ class Assembly {
     // Tells which cell kept a column of numbers from being numeric: when at least half of the
     // values are numbers.
     void NoteStrayText(const SchemaField& field, std::int32_t index, const Column& column) {
+        enum class Says { kNothing, kNumber, kText };
         const std::vector<std::string>& values = column.Categories().Strings();
-        std::vector<bool> isNumber(values.size());
+        std::vector<Says> says(values.size(), Says::kNothing);
         std::size_t texts = 0;
         std::string onlyText;
         for (std::size_t code = 0; code < values.size(); ++code) {
             const std::string_view trimmed = TrimBlanks(values[code]);
-            isNumber[code] = trimmed.empty() || ParseNumber(trimmed, '.').has_value() ||
-                             ParseNumber(trimmed, ',').has_value();
-            if (!isNumber[code]) {
+            if (trimmed.empty()) {
+                continue;
+            }
+            const bool isNumber =
+                ParseNumber(trimmed, '.').has_value() || ParseNumber(trimmed, ',').has_value();
+            says[code] = isNumber ? Says::kNumber : Says::kText;
+            if (!isNumber) {
                 ++texts;
                 onlyText = values[code];
             }
         }
-        if (texts == 0 || texts == values.size()) {
-            return;
-        }
+        std::int64_t numbers = 0;
         Oddity stray;
         std::string firstText;
         for (std::int32_t i = 0; i < column.ChunkCount(); ++i) {
             const ColumnChunk chunk = column.Chunk(i);
             for (std::int32_t row = 0; row < chunk.fRows; ++row) {
                 const std::uint32_t code = chunk.fCodes[static_cast<std::size_t>(row)];
-                if (!chunk.IsValid(row) || isNumber[code]) {
+                if (!chunk.IsValid(row) || says[code] == Says::kNothing) {
+                    continue;
+                }
+                if (says[code] == Says::kNumber) {
+                    ++numbers;
                     continue;
                 }
                 if (stray.fCount == 0) {
@@ -248,14 +255,14 @@ class Assembly {
                 stray.Note(chunk.fFirstRow + row);
             }
         }
-        if (2 * stray.fCount > column.ValidCount()) {
+        if (stray.fCount == 0 || numbers < stray.fCount) {
             return;
         }
         DataNote note{DataNote::Kind::kStrayText, index, stray.fCount, stray.fFirstRow, ""};
         note.fText = Quoted(field.fName) + ": the text " + Quoted(firstText) + " in " +
                      fPlace(stray.fFirstRow) + " made it a string variable; " +
-                     std::to_string(column.ValidCount() - stray.fCount) + " of " +
-                     std::to_string(column.ValidCount()) + " values are numbers.";
+                     std::to_string(numbers) + " of " + std::to_string(numbers + stray.fCount) +
+                     " values are numbers.";
         if (texts == 1) {
             note.fText += " If " + Quoted(onlyText) + " stands for a missing value, use --na " +
                           Shortened(onlyText, 40) + ".";
