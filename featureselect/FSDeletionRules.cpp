@@ -11,8 +11,7 @@ namespace {
 
 // Below a lower bound by more than rounding.
 bool IsBelow(double value, double bound) {
-    return bound - value > 0.0 &&
-           (bound - value) / bound > std::numeric_limits<double>::epsilon();
+    return bound - value > 0.0 && (bound - value) / bound > std::numeric_limits<double>::epsilon();
 }
 
 }  // namespace
