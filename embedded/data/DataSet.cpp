@@ -1,19 +1,20 @@
 #include "embedded/data/DataSet.h"
 
-#include <cassert>
 #include <cmath>
 #include <set>
 #include <utility>
 
+#include "host/Assertion.h"
+
 namespace embedded {
 
 const DataSet::Entry& DataSet::At(std::int32_t index) const {
-    assert(index >= 0 && index < ColumnCount());
+    PREDSEL_ASSERT(index >= 0 && index < ColumnCount(), "index >= 0 && index < ColumnCount()");
     return fvColumns[static_cast<std::size_t>(index)];
 }
 
 KOLT_Variable& DataSet::MutableVariable(std::int32_t index) {
-    assert(index >= 0 && index < ColumnCount());
+    PREDSEL_ASSERT(index >= 0 && index < ColumnCount(), "index >= 0 && index < ColumnCount()");
     return fvColumns[static_cast<std::size_t>(index)].fVariable;
 }
 
@@ -23,10 +24,11 @@ std::int32_t DataSet::FindVariable(std::string_view name) const {
 }
 
 std::int32_t DataSet::AddColumn(KOLT_Variable variable, Column column, ColumnKind kind) {
-    assert(fvColumns.empty() || column.RowCount() == fRowCount);
+    PREDSEL_ASSERT(fvColumns.empty() || column.RowCount() == fRowCount,
+                   "column.RowCount() == fRowCount");
     const std::int32_t index = ColumnCount();
-    [[maybe_unused]] const bool isNew = fIndices.emplace(variable.GetName(), index).second;
-    assert(isNew);
+    const bool isNew = fIndices.emplace(variable.GetName(), index).second;
+    PREDSEL_ASSERT(isNew, "isNew");
     fRowCount = column.RowCount();
     fvColumns.push_back({std::move(variable), std::move(column), kind});
     return index;

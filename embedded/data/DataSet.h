@@ -28,7 +28,7 @@ struct DataNote {
     enum class Kind {
         kStrayText,       // a column of numbers became a string column because of some cells
         kInfinite,        // infinities, or numbers beyond the range of doubles, made missing
-        kInexactInteger,  // integers beyond 2^53
+        kInexactInteger,  // integers of 2^53 or more, which may be rounded
         kUndecodable,     // bytes that are no text in the encoding
         kUnusableColumn,  // a column of a type that is not supported was left out
         kHeader,          // the header line looks like data

@@ -142,7 +142,8 @@ std::string ValuesText(const KOLT_Variable& variable, const Column& column,
         if (++shown > kMostShown) {
             return text + ", ...";
         }
-        text += (text.empty() ? "" : ", ") + ValueText(variable, value);
+        const std::string shownValue = ValueText(variable, value);
+        text += (text.empty() ? "" : ", ") + (shownValue.empty() ? "''" : shownValue);
         if (const std::string* label = variable.GetValueLabels().Find(value)) {
             text += " (" + *label + ")";
         }
@@ -166,9 +167,10 @@ constexpr std::array<TableColumn, 8> kTable = {{{"Variable", false, true},
                                                 {"Values", false, true},
                                                 {"Label", false, true}}};
 
-// Widths of the columns: as wide as their texts, the flexible ones cut down evenly, widest first,
-// until all fit.
+// Widths of the columns: as wide as their texts. When that is too wide, values and labels give way
+// first, the widest before the others, and names only when those have become narrow.
 std::vector<std::size_t> FitWidths(const std::vector<Row>& rows, std::size_t width) {
+    constexpr std::size_t kNarrow = 16;
     constexpr std::size_t kNarrowest = 8;
     std::vector<std::size_t> widths(kTable.size(), 0);
     for (const Row& row : rows) {
@@ -180,19 +182,25 @@ std::vector<std::size_t> FitWidths(const std::vector<Row>& rows, std::size_t wid
     for (const std::size_t each : widths) {
         total += each;
     }
-    while (total > width) {
-        std::size_t widest = kTable.size();
-        for (std::size_t at = 0; at < kTable.size(); ++at) {
-            if (kTable[at].fbFlexible && widths[at] > kNarrowest &&
-                (widest == kTable.size() || widths[at] > widths[widest])) {
-                widest = at;
+    const auto widest = [&widths](std::size_t first, std::size_t least) {
+        std::size_t found = kTable.size();
+        for (std::size_t at = first; at < kTable.size(); ++at) {
+            if (kTable[at].fbFlexible && widths[at] > least &&
+                (found == kTable.size() || widths[at] > widths[found])) {
+                found = at;
             }
         }
-        if (widest == kTable.size()) {
+        return found;
+    };
+    for (; total > width; --total) {
+        std::size_t column = widest(1, kNarrow);
+        if (column == kTable.size()) {
+            column = widest(0, kNarrowest);
+        }
+        if (column == kTable.size()) {
             break;
         }
-        --widths[widest];
-        --total;
+        --widths[column];
     }
     return widths;
 }
@@ -269,23 +277,10 @@ SchemaJson SchemaValueJson(const KOLT_Variable& variable, ColumnKind kind, const
     }
 }
 
-const char* SchemaType(ColumnKind kind, const Summary& summary) {
-    switch (kind) {
-        case ColumnKind::kNumber:
-            // Without values nothing says that they will be whole.
-            return summary.fbWhole && summary.fValid > 0 ? "integer" : "number";
-        case ColumnKind::kBoolean:
-            return "boolean";
-        case ColumnKind::kDate:
-            return "date";
-        case ColumnKind::kDateTime:
-            return "datetime";
-        case ColumnKind::kTime:
-            return "time";
-        case ColumnKind::kString:
-            break;
-    }
-    return "string";
+std::string_view SchemaType(ColumnKind kind, const Summary& summary) {
+    if (kind != ColumnKind::kNumber) return TypeName(kind);
+    // Without values nothing says that they will be whole.
+    return summary.fbWhole && summary.fValid > 0 ? "integer" : "number";
 }
 
 // The entry of a list by its value, made when it is missing.

@@ -400,6 +400,34 @@ TEST_F(OpenText, ManyColumnsAreReadByPosition) {
     EXPECT_EQ(data.FindVariable("c4321"), 4321);
 }
 
+TEST_F(OpenText, RandomBytesAreADataSetOrARefusal) {
+    const auto seed = std::random_device{}();
+    SCOPED_TRACE(seed);
+    std::mt19937 random(seed);
+    // Letters that matter to some part of the way, and any byte now and then.
+    constexpr std::string_view kLetters = "aab12..--,,;;\t|\"\"''\n\n\r \xC3\xA4\xFF\xFEtrue";
+    int taken = 0;
+    for (int file = 0; file < 1500; ++file) {
+        std::string bytes;
+        const std::size_t length = random() % 120;
+        while (bytes.size() < length) {
+            bytes.push_back(random() % 50 == 0 ? static_cast<char>(random())
+                                               : kLetters[random() % kLetters.size()]);
+        }
+        try {
+            const DataSet data = Open(bytes);
+            EXPECT_GT(data.ColumnCount(), 0);
+            for (std::int32_t column = 0; column < data.ColumnCount(); ++column) {
+                EXPECT_EQ(data.GetColumn(column).RowCount(), data.RowCount());
+            }
+            ++taken;
+        } catch (const DataError& fault) {
+            EXPECT_EQ(fault.GetKind(), Kind::kContent) << fault.what();
+        }
+    }
+    EXPECT_GT(taken, 20);
+}
+
 // ---- the dictionary ----
 
 class OpenWithSchema : public OpenText {
@@ -707,6 +735,16 @@ INSTANTIATE_TEST_SUITE_P(
         SchemaRefusalCase{"SplitUnknown", R"({"fields": [], "split": ["a", "s"]})",
                           "FILE.schema.json: 'split': no column of FILE has the name 's'"}),
     [](const auto& tested) { return std::string(tested.param.fName); });
+
+TEST_F(OpenWithSchema, ASchemaCutShortAnywhereIsNoJson) {
+    const std::string schema =
+        R"({"fields": [{"name": "a", "title": "\u00e4", "missingValues": [9, "x", true]}]})";
+    for (std::size_t length = 0; length < schema.size(); ++length) {
+        EXPECT_EQ(SchemaRefusal(kTable, schema.substr(0, length))
+                      .find("FILE.schema.json: it is no JSON: line 1, column "),
+                  0U);
+    }
+}
 
 TEST_F(OpenWithSchema, ManyLevelsOfNestingAreRefused) {
     const std::string schema =

@@ -1,0 +1,29 @@
+#include <gtest/gtest.h>
+
+#include "embedded/data/OpenDataSet.h"
+#include "embedded/data/tests/TemporaryFiles.h"
+
+namespace embedded {
+namespace {
+
+TEST(FileReadersAbsent, EveryFormIsRefusedWithTheReason) {
+    const TemporaryFiles files;
+    for (const auto& [bytes, form] :
+         {std::pair{"a\n1\n", "delimited text"}, std::pair{"PAR1", "Parquet files"},
+          std::pair{"ARROW1", "Arrow files"}, std::pair{"\xFF\xFF\xFF\xFF", "Arrow streams"}}) {
+        const std::string path = files.Write("data", bytes);
+        try {
+            OpenDataSet(path);
+            ADD_FAILURE() << form;
+        } catch (const DataError& fault) {
+            EXPECT_EQ(fault.GetKind(), DataError::Kind::kFile);
+            EXPECT_EQ(fault.what(), path +
+                                        ": this program was built without Apache Arrow and cannot "
+                                        "read " +
+                                        form + "; build it with PREDSEL_ARROW=ON");
+        }
+    }
+}
+
+}  // namespace
+}  // namespace embedded
