@@ -15,36 +15,13 @@
 #include "embedded/output/ShowableText.h"
 #include "embedded/output/TableLayout.h"
 #include "embedded/strings/StringTable.h"
+#include "embedded/xml/XmlText.h"
 
 namespace embedded {
 
 namespace {
 
-std::string Escaped(std::string_view text) {
-    std::string out;
-    for (const char c : ShowableText(text)) {
-        switch (c) {
-            case '&':
-                out += "&amp;";
-                break;
-            case '<':
-                out += "&lt;";
-                break;
-            case '>':
-                out += "&gt;";
-                break;
-            case '"':
-                out += "&quot;";
-                break;
-            case '\'':
-                out += "&#39;";
-                break;
-            default:
-                out += c;
-        }
-    }
-    return out;
-}
+std::string Escaped(std::string_view text) { return EscapeXml(ShowableText(text)); }
 
 /// A start tag; attributes are pairs of name and text.
 std::string Tag(std::string_view name,
