@@ -3,7 +3,7 @@
 import json
 
 import pytest
-from conftest import DONE, FILE_FAULT, PENGUINS, WRONG_USE, files_in, program
+from conftest import DONE, FILE_FAULT, PENGUINS, ROOT, WRONG_USE, files_in, program
 
 
 def described(*arguments, **options):
@@ -105,3 +105,17 @@ def test_what_cannot_be_drafted_is_refused(table, arguments, status):
     assert result.stdout == ""
     assert result.stderr.count("\n") == 1
     assert table.read_text() == before
+
+
+def test_the_example_of_the_dictionary_page_is_read_as_the_page_says(tmp_path):
+    page = (ROOT / "docs" / "formats" / "dictionary.md").read_text(encoding="utf-8")
+    data = tmp_path / "data.csv"
+    data.write_text("age,sex,grade,n\n31,f,1,2\n-1,m,2,1\n98,NA,3,1\n45,f,2,3\n")
+    schema = page.partition("```json\n")[2].partition("```")[0]
+    (tmp_path / "data.csv.schema.json").write_text(schema, encoding="utf-8")
+    variables = described(data)
+    levels = {name: variable["level"] for name, variable in variables.items()}
+    assert levels == {"age": "scale", "sex": "nominal", "grade": "ordinal", "n": "nominal"}
+    assert (variables["age"]["valid"], variables["age"]["userMissing"]) == (2, 2)
+    assert (variables["sex"]["valid"], variables["sex"]["systemMissing"]) == (3, 1)
+    assert "Weight: n" in program("describe", data).stdout
