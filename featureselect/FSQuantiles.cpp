@@ -132,7 +132,7 @@ double BetaNewton(double p, double a, double b) {
             (value - p) * std::exp(std::min(-logTerm, 700.0)) * x * complement.High() / a, -1e300,
             1e300);
         if (y * yBefore <= 0.0) longest = std::max(squaredStep, kSmallestStep);
-        double next = x;
+        double next;
         double share = 1.0;
         for (;; share /= 3.0) {
             const double step = share * y;

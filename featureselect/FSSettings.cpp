@@ -248,7 +248,7 @@ bool FSSettings::IsPredictorCategorical(std::int32_t index) const {
 std::int32_t FSSettings::GetDefaultBestCount(std::int32_t count) const {
     const double available = count > 0 ? count : fNumPredictors;
     const double limit = std::max(30.0, 2.0 * std::sqrt(available));
-    return static_cast<std::int32_t>((available < limit ? available : limit) + 0.5);
+    return static_cast<std::int32_t>(std::floor(std::min(available, limit) + 0.5));
 }
 
 std::string_view FSSettings::PredSetTypeText(std::int32_t type) {

@@ -27,7 +27,6 @@ class FacSTDictionary {
     void Lookup(std::string_view key, OlangString& out) const;
 
  private:
-    std::int32_t fPathInstance;
     std::string fProcedure;
 };
 
@@ -142,8 +141,7 @@ class CTElementType {
 
  private:
     friend class XElement;
-    explicit CTElementType(XChartData* data) : fpData(data) {}
-    XChartData* fpData;
+    explicit CTElementType(XChartData* /*data*/) {}
 };
 
 /// Element types by the host's numbers.

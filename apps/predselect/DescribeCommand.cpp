@@ -24,7 +24,7 @@ std::string DraftPath(const ProgramOptions& options) {
                            "--write-schema needs a file name when the data come from standard "
                            "input; write --write-schema=FILE");
     }
-    const std::string path = options.fDataPath + ".schema.json";
+    std::string path = options.fDataPath + ".schema.json";
     if (FileExists(path)) {
         throw ProgramError(
             kWrongUse, path + " exists already; write --write-schema=" + path + " to replace it");

@@ -4,7 +4,8 @@
 
 // The program has one string table for all procedures, compiled in: neither path nor procedure
 // lead to another.
-FacSTDictionary::FacSTDictionary(std::int32_t pathInstance) : fPathInstance(pathInstance) {}
+// The embedded host has one table of texts.
+FacSTDictionary::FacSTDictionary(std::int32_t /*pathInstance*/) {}
 
 void FacSTDictionary::SetProcedure(std::string_view name) { fProcedure = name; }
 

@@ -188,7 +188,7 @@ class PageWriter {
     }
 
     std::string NewId(const std::string& stem) {
-        const std::string id = stem + std::to_string(++fIds);
+        std::string id = stem + std::to_string(++fIds);
         fUsedIds.insert(id);
         return id;
     }

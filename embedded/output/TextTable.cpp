@@ -352,8 +352,7 @@ class TableText {
         std::vector<Lines> blocks;
         for (std::size_t c = first; line.fbCells && c < end; ++c) {
             blocks.push_back(fvColumns[c].Cell(fLayout.fvCells[line.fRow][c], fStyle));
-            if (blocks.back().empty())
-                blocks.back().push_back(std::string(fvColumns[c].Width(), ' '));
+            if (blocks.back().empty()) blocks.back().emplace_back(fvColumns[c].Width(), ' ');
         }
         WriteBlocks(std::move(stub), std::move(blocks), false);
     }
