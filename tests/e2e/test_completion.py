@@ -17,8 +17,7 @@ def script_for(shell, folder):
 
 @pytest.mark.parametrize("shell", ["bash", "zsh", "fish"])
 def test_the_shell_can_read_it(tmp_path, shell):
-    if shutil.which(shell) is None:
-        pytest.skip(f"{shell} is not installed")
+    assert shutil.which(shell), f"{shell} is not installed; ./dev test installs it"
     result = subprocess.run([shell, "-n", script_for(shell, tmp_path)], capture_output=True,
                             text=True, check=False)
     assert (result.returncode, result.stderr) == (0, "")
