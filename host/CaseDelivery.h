@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "host/Data.h"
@@ -44,6 +45,20 @@ class UAVarValidSpecs {
 
 struct UAAdapterState;  // the host's
 
+/// The raw values of the case that a pass stands on. Columns are dictionary indices.
+class KOLT_InputCaseIterator {
+ public:
+    virtual ~KOLT_InputCaseIterator() = default;
+    /// The value of a numeric variable, user-missing values as they stand; MCMV::gMissingValue when
+    /// it is system-missing.
+    virtual double GetNumericValue(std::int32_t index) const = 0;
+    /// Writes a value of a new variable, see KOLT_DataSource::MakeVariable. type is the string's
+    /// length in bytes; what does not fit is cut off at a character.
+    virtual void SetColumnValue(std::int32_t column, double value) = 0;
+    virtual void SetColumnValue(std::int32_t column, const std::string& text,
+                                std::int32_t type) = 0;
+};
+
 /// Turns cases of the active data set into records. A categorical value arrives as its code, from 0
 /// to GetCatVarSize() - 1 in ascending order of value, a continuous one as itself, a missing one as
 /// the code -1 or MCMV::gMissingValue. A case whose weight is missing or not above 0 is no valid
@@ -62,6 +77,17 @@ class UAInputAdapter {
     /// that does not exist.
     bool DecodeCatValue(std::int32_t index, std::int32_t code, std::int32_t& indexOut,
                         KoltObs& valueOut) const;
+    /// After the first pass: numbers the categories that it met by value, ascending or descending,
+    /// from 0 without gaps. A category that only a later pass meets is delivered as -1; the host
+    /// counts these cases and names the variable in the notes.
+    void ReorderCategories(std::int32_t index, bool ascending);
+
+    /// Passes that have been ended: 0 during the first one.
+    std::int32_t GetDataPassCount() const;
+    /// Cases of the file that the pass has read so far, left-out ones included: 1 at the first.
+    std::int32_t GetCaseCount() const;
+    /// The reader of the pass that is under way, null between passes. Borrowed.
+    KOLT_InputCaseIterator* GetDSIterator() const;
 
     UAAdapterState& State() const { return *fpState; }
 
@@ -72,7 +98,25 @@ class UAInputAdapter {
     std::unique_ptr<UAAdapterState> fpState;
 };
 
-/// Records of the adapter's cases, in file order.
+/// Tells whether a variable of the case that a pass stands on has a valid value.
+class UACaseValueReader {
+ public:
+    /// Borrowed. includeUserMissing true: user-missing values are valid.
+    UACaseValueReader(const UAInputAdapter& adapter, std::int32_t index, bool includeUserMissing);
+    ~UACaseValueReader();
+    UACaseValueReader(const UACaseValueReader&) = delete;
+    UACaseValueReader& operator=(const UACaseValueReader&) = delete;
+    /// Of the case at hand.
+    bool UpdateValid() const;
+
+ private:
+    struct Impl;
+    std::unique_ptr<Impl> fpImpl;
+};
+
+/// Records of the adapter's cases, in file order. A pass stands on its next record: Current gives
+/// it, Next gives it and moves on. Several iterators over one adapter take turns, one pass under
+/// way at a time: NewPass of one ends the pass of another.
 class UAProcDataSourceIter : public MCCommon::MultiPassRecordIter {
  public:
     /// startNow true begins the first pass at once, which is the first contact with the data.
@@ -80,7 +124,18 @@ class UAProcDataSourceIter : public MCCommon::MultiPassRecordIter {
     bool HasMore() override;
     const MCCommon::Record* Next() override;
     std::int32_t GetFailReason() const override;
-    void NewPass() override;
+    std::int32_t NewPass() override;
+    /// standOnFirst true: the pass also moves on only when asked, so that columns of the current
+    /// case can be written between Current and Next.
+    std::int32_t NewPass(bool standOnFirst);
+    /// Ends the pass. Does nothing without one.
+    void StopPass();
+    /// The record that the pass stands on, null at its end. Owned by the iterator.
+    const MCCommon::Record* Current() const;
+    /// No pass follows this one: what it needed may be let go at its end.
+    void SetLastPass();
+    /// The writer of new columns, for the case that the pass stands on. Borrowed.
+    KOLT_InputCaseIterator* GetProcDS() const;
 
  protected:
     ~UAProcDataSourceIter() override;

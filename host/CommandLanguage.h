@@ -292,6 +292,8 @@ class UniversalParser {
 class ParserMessage {
  public:
     void SetCommandName(std::string name) { fCommandName = std::move(name); }
+    /// The heading under which the procedure's output stands.
+    void SetProcedureTitle(std::string title) { fProcedureTitle = std::move(title); }
     /// A warning: the run ignores split files.
     void DisableSplit() const;
     /// The text of a key with its placeholders filled.
@@ -327,6 +329,7 @@ class ParserMessage {
 
  private:
     std::string fCommandName;
+    std::string fProcedureTitle;
 };
 
 /// A list of variables that a command names, resolved against the dictionary.
@@ -379,6 +382,13 @@ class VarSpecObj {
     /// is free when no variable has it, the case of ASCII letters aside, when it neither begins nor
     /// ends with a blank and holds no control character. It may be as long as any name of the data.
     std::int32_t CheckNewVariable(const KoltVarName& name) const;
+    /// A free name: the root itself when it is free, else the root with the lowest free number
+    /// from 1 behind it. False, with a message, when the root cannot be part of a name.
+    bool NewVarNameByRoot(const KoltVarName& root, KoltVarName& nameOut) const;
+    /// count free names: the root with consecutive numbers behind it, from 1 or from the lowest
+    /// number from which all are free. False, with a message, as above.
+    bool NewVarNamesByRoot(const KoltVarName& root, std::int32_t count,
+                           std::vector<KoltVarName>& namesOut) const;
 
     const std::vector<std::int32_t>& GetValidVarList() const { return fvIndices; }
     /// The first variable's index, -1 when there is none.

@@ -29,6 +29,12 @@ inline constexpr std::int32_t kLevelNominal = 1;
 inline constexpr std::int32_t kLevelOrdinal = 2;
 inline constexpr std::int32_t kLevelScale = 3;
 
+/// How a column of values is aligned, by the host's numbers.
+inline constexpr std::int32_t kAlignDefault = 0;
+inline constexpr std::int32_t kAlignLeft = 1;
+inline constexpr std::int32_t kAlignRight = 2;
+inline constexpr std::int32_t kAlignCenter = 3;
+
 /// How values are shown. Codes by the host's numbers.
 inline constexpr std::int32_t kFormatString = 1;
 inline constexpr std::int32_t kFormatNumber = 5;
@@ -75,6 +81,9 @@ class KOLT_Variable {
     /// kLevel... ; never kLevelUnknown once AdjustMeasurementLevels has run.
     std::int32_t GetMeasurementLevel() const { return fLevel; }
     const KoltFormat& GetFormat() const { return fFormat; }
+    const KoltFormat& GetWriteFormat() const { return fWriteFormat; }
+    /// kAlign...
+    std::int32_t GetAlignment() const { return fAlignment; }
     const KOLT_ValueLabelMap& GetValueLabels() const { return fLabels; }
     /// 0 none; 1 to 3 that many discrete values; -2 a range, values 0 and 1 its bounds; -3 a range
     /// and, as value 2, one discrete value. valuesOut is emptied first.
@@ -87,7 +96,16 @@ class KOLT_Variable {
     void SetName(std::string name) { fName = std::move(name); }
     void SetLabel(std::string label) { fLabel = std::move(label); }
     void SetMeasurementLevel(std::int32_t level) { fLevel = level; }
+    /// How values are shown, and how they are written to a text file.
     void SetFormat(const KoltFormat& format) { fFormat = format; }
+    void SetFormat(std::int32_t code, std::int32_t width, std::int32_t decimals) {
+        fFormat = {code, width, decimals};
+    }
+    void SetWriteFormat(const KoltFormat& format) { fWriteFormat = format; }
+    void SetWriteFormat(std::int32_t code, std::int32_t width, std::int32_t decimals) {
+        fWriteFormat = {code, width, decimals};
+    }
+    void SetAlignment(std::int32_t alignment) { fAlignment = alignment; }
     void SetValueLabel(KoltObs value, std::string label);
     void SetMissingSpec(KoltMissingSpec spec) { fMissing = std::move(spec); }
 
@@ -96,7 +114,9 @@ class KOLT_Variable {
     std::string fLabel;
     std::int32_t fType = 0;
     std::int32_t fLevel = kLevelUnknown;
+    std::int32_t fAlignment = kAlignDefault;
     KoltFormat fFormat;
+    KoltFormat fWriteFormat;
     KOLT_ValueLabelMap fLabels;
     KoltMissingSpec fMissing;
 };
@@ -109,6 +129,10 @@ class KOLT_DataSource {
     virtual std::int32_t ColumnCount() const = 0;
     /// The variable at a dictionary index from 0 to ColumnCount() - 1.
     virtual const KOLT_Variable& GetVariable(std::int32_t index) const = 0;
+    /// Makes a new variable behind the others, system-missing (a string: empty) in every case. type
+    /// as KOLT_Variable::GetType. columnOut takes its dictionary index. The variable is the data
+    /// set's; it has no name yet. Null, after a message, when the data set cannot take it.
+    virtual KOLT_Variable* MakeVariable(std::int32_t type, std::int32_t& columnOut) = 0;
 };
 
 /// The active data set, open for one procedure from construction to destruction.
@@ -121,6 +145,7 @@ class ProcedureDataSource : public KOLT_DataSource {
 
     std::int32_t ColumnCount() const override;
     const KOLT_Variable& GetVariable(std::int32_t index) const override;
+    KOLT_Variable* MakeVariable(std::int32_t type, std::int32_t& columnOut) override;
     /// Dictionary index of the weight variable, -1 when the data set has none.
     std::int32_t GetWeightVarIndex() const;
     /// How many 8-byte slots the procedure may add to each case.

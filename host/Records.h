@@ -36,6 +36,7 @@ class Record {
 inline constexpr std::int32_t kITER_SUCCESS = 0;
 inline constexpr std::int32_t kITER_NO_VALID_CASE = 1;
 inline constexpr std::int32_t kITER_ERROR = 3;
+inline constexpr std::int32_t kITER_NO_NEW_PASS = 4;  // the source cannot be read again
 
 /// A forward source of records.
 class RecordIterator {
@@ -46,15 +47,15 @@ class RecordIterator {
     /// The next record, owned by the iterator and valid until the following call, or null at the
     /// end.
     virtual const Record* Next() = 0;
-    /// kITER_SUCCESS, kITER_NO_VALID_CASE or kITER_ERROR.
+    /// kITER_...; HasMore() is true exactly for kITER_SUCCESS.
     virtual std::int32_t GetFailReason() const = 0;
 };
 
 /// A source that can be read again from its first record.
 class MultiPassRecordIter : public RecordIterator {
  public:
-    /// Back to the first record.
-    virtual void NewPass() = 0;
+    /// Back to the first record. Returns the fail reason after that.
+    virtual std::int32_t NewPass() = 0;
 };
 
 }  // namespace MCCommon
