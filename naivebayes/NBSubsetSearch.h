@@ -1,0 +1,131 @@
+#ifndef PREDSEL_NAIVEBAYES_NBSUBSETSEARCH_H
+#define PREDSEL_NAIVEBAYES_NBSUBSETSEARCH_H
+
+#include <cstdint>
+#include <iosfwd>
+#include <vector>
+
+#include "host/Records.h"
+#include "naivebayes/INBAlgorithm.h"
+#include "naivebayes/NBInterruptState.h"
+#include "naivebayes/NBStatus.h"
+#include "naivebayes/NBSubsetScoring.h"
+#include "naivebayes/NBWriteOptions.h"
+#include "naivebayes/NaiveBayesSettings.h"
+
+class NBDataPreparator;
+class NBInternalAdapter;
+class NBRecordSimulator;
+class NBVarList;
+class NBayesInput;
+class NBayesOutput;
+
+/// Greedy forward selection of the candidates that enter the model. The forced predictors come
+/// first; then at each step joins the candidate that most raises the average conditional
+/// log-likelihood of the target. That gives a nested chain of subsets, one a size, of which one is
+/// the model: the whole chain, or the best by the pseudo-BIC or by test records.
+///
+/// No probability changes in the search. All logarithms are natural. With N the weight of the
+/// training records, S a subset, L_j the average log of predictor j's probability and L_0 that of
+/// the target's prior in the training records:
+///   J(S) = L_0 + sum over S of L_j, the average joint log-likelihood, without a pass;
+///   Q_r(S) the log probability of the codes of record r, see NBSubsetScoring;
+///   A(S) = J(S) - average over the records of Q_r(S), the average conditional log-likelihood.
+///
+/// Lives for one search. One run operation a life.
+class NBSubsetSearch {
+ public:
+    /// All are borrowed from the engine. inputs: one table per variable of role 1 or 2, in list
+    /// order, filled and with probabilities, as output.
+    NBSubsetSearch(const std::vector<NBayesInput>& inputs, const NBayesOutput& output,
+                   NBVarList& varList, const NaiveBayesSettings& settings,
+                   NBInterruptState& interrupt);
+
+    // The three runs. records: prepared training records, at most numRecords of them, left rewound.
+    // maxSize counts forced predictors too and is not below their number, nor below 1. fits: the
+    // records are in memory; else candidates are scored on records drawn from the model.
+    // selectedOut takes the whole chain, as indices of the variable list in selection order;
+    // bestSubsetsOut the numBest best sizes (at least 1 is asked for), best first. The chosen
+    // candidates get role 1. After an interrupt: error 1, nothing is chosen.
+
+    NBStatus RunExactSize(std::int32_t maxSize, MCCommon::MultiPassRecordIter& records,
+                          std::int32_t numRecords, bool fits,
+                          std::vector<std::int32_t>& selectedOut);
+    NBStatus RunPseudoBIC(std::int32_t maxSize, MCCommon::MultiPassRecordIter& records,
+                          std::int32_t numRecords, bool fits,
+                          std::vector<std::int32_t>& selectedOut,
+                          std::vector<NBSubset>& bestSubsetsOut, std::int32_t numBest);
+    /// testRecords are original records, at most numTest are read (negative: all). Error 70003:
+    /// none of them can be used.
+    NBStatus RunTestData(std::int32_t maxSize, MCCommon::MultiPassRecordIter& records,
+                         std::int32_t numRecords, bool fits,
+                         MCCommon::MultiPassRecordIter& testRecords, std::int32_t numTest,
+                         std::vector<std::int32_t>& selectedOut,
+                         std::vector<NBSubset>& bestSubsetsOut, std::int32_t numBest,
+                         NBDataPreparator& preparator);
+
+    /// A(S) by size, entry s-1 for size s, as many as maxSize; returns their number. 0 for a size
+    /// that was not evaluated: those below the forced one, those beyond the chain, and, for an
+    /// exact size, the forced one.
+    std::int32_t GetCriteria(std::vector<double>& out) const;
+
+    /// Writes the chain and the best subsets as an XML document. usedTestData names the criterion.
+    /// options may be null. Always success; after an interrupt nothing is written.
+    NBStatus WriteSelectionXML(std::ostream& stream, bool usedTestData,
+                               const NBWriteOptions* options) const;
+
+ private:
+    /// What a step scores: the subset and the candidates, ascending, and the candidates' scores.
+    struct Step {
+        std::vector<std::int32_t> fvSelected;
+        std::vector<std::int32_t> fvCandidates;
+        std::vector<double> fvScores;
+    };
+
+    // All three return -1 when interrupted; the evaluations else the best size.
+    std::int32_t ForwardSelect(std::int32_t maxSize, MCCommon::MultiPassRecordIter& records,
+                               std::int32_t numRecords, bool fits);
+    std::int32_t EvaluatePseudoBIC(MCCommon::MultiPassRecordIter& records, std::int32_t numRecords,
+                                   std::vector<NBSubset>& bestOut);
+    std::int32_t EvaluateTestData(NBInternalAdapter& adapter, std::int32_t numRecords,
+                                  std::vector<NBSubset>& bestOut);
+
+    /// L_j of every predictor and L_0, which it returns.
+    double ComputeLogLikelihoods();
+    void SplitByRole(Step& step);
+    void ScoreOnRecords(Step& step, MCCommon::MultiPassRecordIter& records,
+                        std::int32_t numRecords);
+    void ScoreOnSimulated(Step& step, NBRecordSimulator& simulator);
+    void ScoreRecord(Step& step, const MCCommon::Record& record, double factor);
+    void EvaluateForced(MCCommon::MultiPassRecordIter& records, std::int32_t numRecords);
+    void EvaluateChain(MCCommon::MultiPassRecordIter& records, std::int32_t numRecords);
+    std::int32_t KeepBest(std::vector<NBSubset> subsets, std::vector<NBSubset>& bestOut);
+    void ListSelected(std::vector<std::int32_t>& selectedOut) const;
+    void ApplySelection(std::int32_t size);
+
+    /// Calls visit(record, weight) for each of the first numRecords records that has a weight above
+    /// 0, until interrupted, then rewinds.
+    template <class Visit>
+    void ForEachRecord(MCCommon::MultiPassRecordIter& records, std::int32_t numRecords,
+                       Visit visit);
+    std::int32_t ChainLength() const { return static_cast<std::int32_t>(fvSelectedOrder.size()); }
+
+    const std::vector<NBayesInput>& fvInputs;
+    const NBayesOutput& fOutput;
+    NBVarList& fVarList;
+    const NaiveBayesSettings& fSettings;
+    double fTotalWeight;  // N
+    bool fbWeighted;      // element 1 of a record is its weight
+    std::int32_t fNumBestSubsets = 5;
+    std::int32_t fNumForced = 0;
+    std::vector<std::int32_t> fvSelectedOrder;  // table indices in order of entry
+    std::vector<double> fvPredictorLogLik;      // L_j, a table each
+    std::vector<double> fvCriterionBySize;      // A(s) at s-1
+    std::vector<double> fvJointLogLikBySize;    // J(s) at s-1, where an evaluation reads it
+    bool fbSimulated = false;                   // candidates were scored on drawn records
+    std::vector<NBSubset> fvBestSubsets;        // best first
+    NBInterruptState& fInterrupt;
+    NBSubsetScoring fScoring;
+};
+
+#endif  // PREDSEL_NAIVEBAYES_NBSUBSETSEARCH_H
