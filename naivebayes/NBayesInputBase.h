@@ -1,0 +1,73 @@
+#ifndef PREDSEL_NAIVEBAYES_NBAYESINPUTBASE_H
+#define PREDSEL_NAIVEBAYES_NBAYESINPUTBASE_H
+
+#include <cstddef>
+#include <cstdint>
+#include <iosfwd>
+#include <vector>
+
+/// A predictor's contingency table against the target, and the smoothed conditional probabilities
+/// made from it. Rows are predictor categories, columns target categories; it is given codes and
+/// weights and knows nothing of raw values.
+///
+/// Codes that are handed in must be in range: the callers check.
+class NBayesInputBase {
+ public:
+    using Matrix = std::vector<std::vector<double>>;
+
+    NBayesInputBase() = default;
+    /// All counts and probabilities are 0. Both numbers at least 0.
+    NBayesInputBase(std::int32_t numCategories, std::int32_t numTargetCategories);
+    virtual ~NBayesInputBase() = default;
+    NBayesInputBase(const NBayesInputBase&) = default;
+    NBayesInputBase(NBayesInputBase&&) = default;
+    NBayesInputBase& operator=(const NBayesInputBase&) = default;
+    NBayesInputBase& operator=(NBayesInputBase&&) = default;
+
+    /// All counts and probabilities become 0; the shape stays.
+    void ClearCounts();
+    /// Adds the weight of a record. The cell's new count.
+    double AddCount(std::int32_t category, std::int32_t targetCategory, double weight);
+    /// Forms the probabilities from the counts. threshold is the smoothing constant, 1/N with N the
+    /// total training weight. With C[k] the column sums and R the rows that hold weight,
+    ///     P[m][k] = (n[m][k] + threshold) / (C[k] + R * threshold).
+    /// R leaves out empty rows, so a column with such rows sums to slightly above 1. Intended: do
+    /// not renormalise. Without weight anywhere all probabilities are the threshold. Returns R.
+    std::int32_t ComputeProbabilities(double threshold);
+    /// Takes these counts, one row a category; shorter rows are filled up with 0. Forms the
+    /// probabilities and returns the rows that hold weight.
+    std::int32_t SetCounts(double threshold, const Matrix& counts);
+
+    /// Rows; -1 in a table that was never set up.
+    std::int32_t GetNumCategories() const { return fNumCategories; }
+    /// Rows that held weight when the probabilities were last formed.
+    std::int32_t GetNumNonEmpty() const { return fNumNonEmpty; }
+    /// Cells of a row; -1 in a table that was never set up.
+    std::int32_t GetNumTargetCategories() const { return fNumTargetCategories; }
+    /// Weights by predictor category, then target category.
+    const Matrix& GetCounts() const { return fCounts; }
+    /// P(predictor category | target category), in the same shape.
+    const Matrix& GetProbabilities() const { return fProbabilities; }
+    double GetProbability(std::int32_t category, std::int32_t targetCategory) const {
+        return fProbabilities[static_cast<std::size_t>(category)]
+                             [static_cast<std::size_t>(targetCategory)];
+    }
+
+    void Display(std::ostream& out) const;
+
+ protected:
+    /// Both matrices get this shape, filled with 0.
+    void SetShape(std::int32_t numCategories, std::int32_t numTargetCategories);
+    /// Raises the shape and keeps what the cells hold; a smaller number changes nothing.
+    void ExtendShape(std::int32_t numCategories, std::int32_t numTargetCategories);
+    /// The three numbers, then a line for each matrix row by row.
+    void DisplayTable(std::ostream& out, const char* probabilityName) const;
+
+    std::int32_t fNumCategories = -1;
+    std::int32_t fNumNonEmpty = 0;
+    std::int32_t fNumTargetCategories = -1;
+    Matrix fCounts;
+    Matrix fProbabilities;
+};
+
+#endif  // PREDSEL_NAIVEBAYES_NBAYESINPUTBASE_H
