@@ -41,7 +41,7 @@ class INBAlgorithm {
         bool operator==(const CategoryCounts&) const = default;
     };
 
-    virtual ~INBAlgorithm() = default;
+    virtual ~INBAlgorithm();
 
     /// Name and version of the component, and the copyright line.
     virtual std::string GetVersionString() const = 0;

@@ -1,0 +1,3 @@
+#include "naivebayes/INBAlgorithm.h"
+
+INBAlgorithm::~INBAlgorithm() = default;
