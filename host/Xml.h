@@ -28,7 +28,8 @@ class XMLElement {
 
     /// A name that the element has already gets the new value in its old place.
     void AddAttribute(std::string_view name, std::string_view value);
-    /// As many digits as read back as the same double; MCMV::gMissingValue is kMissingText.
+    /// As many digits as read back as the same double, without an exponent where a whole number has
+    /// at most 15 digits; MCMV::gMissingValue is kMissingText.
     void AddAttribute(std::string_view name, double value);
     /// Both give the child, which this element owns.
     XMLElement& AddChild(std::string_view name);
@@ -65,6 +66,9 @@ class XMLDocType {
 /// on one line. Elements that hold text are never broken. Errors show in the stream's state.
 void WriteTree(std::ostream& stream, const XMLDocType* docType, const XMLElement& root,
                std::int32_t indent);
+/// The same for callers that ask for UTF-8 by name.
+void WriteTreeUTF8(std::ostream& stream, const XMLDocType* docType, const XMLElement& root,
+                   std::int32_t indent);
 
 /// The frame of a document of saved objects: prolog, document type and the root's start, with the
 /// copyright line as an attribute; then the root's end.

@@ -63,7 +63,7 @@ void XMLElement::AddAttribute(std::string_view name, double value) {
     if (value == MCMV::gMissingValue) {
         AddAttribute(name, kMissingText);
     } else {
-        AddAttribute(name, embedded::RoundTripText(value));
+        AddAttribute(name, embedded::PlainNumberText(value));
     }
 }
 
@@ -89,6 +89,11 @@ void WriteTree(std::ostream& stream, const XMLDocType* docType, const XMLElement
     WriteProlog(stream, docType);
     WriteElement(stream, root, static_cast<std::size_t>(indent < 0 ? 0 : indent), 0);
     stream << '\n';
+}
+
+void WriteTreeUTF8(std::ostream& stream, const XMLDocType* docType, const XMLElement& root,
+                   std::int32_t indent) {
+    WriteTree(stream, docType, root, indent);
 }
 
 void StartRoot(std::ostream& stream, const XMLDocType& docType, std::string_view copyright) {

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <charconv>
+#include <cmath>
 
 namespace embedded {
 
@@ -72,6 +73,15 @@ std::string EscapeXml(std::string_view text) {
 std::string RoundTripText(double value) {
     std::array<char, 32> buffer;  // 24 characters suffice for any double
     const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value).ptr;
+    return std::string(buffer.data(), end);
+}
+
+std::string PlainNumberText(double value) {
+    if (!(std::abs(value) < 1e15) || value != std::trunc(value)) return RoundTripText(value);
+    std::array<char, 24> buffer;  // a sign and 15 digits
+    const auto end =
+        std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed)
+            .ptr;
     return std::string(buffer.data(), end);
 }
 

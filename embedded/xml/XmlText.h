@@ -18,6 +18,10 @@ std::string EscapeXml(std::string_view text);
 /// The shortest decimal form that reads back as the same double.
 std::string RoundTripText(double value);
 
+/// The same, but whole numbers of at most 15 digits never have an exponent: schemas take counts and
+/// indices without one only, and readers compare categories by their text.
+std::string PlainNumberText(double value);
+
 }  // namespace embedded
 
 #endif  // PREDSEL_EMBEDDED_XML_XMLTEXT_H

@@ -69,6 +69,30 @@ TEST(XMLElement, TreeIsIndentedAndTextIsLeftInOneLine) {
                   "</FSOutputOne>\n");
 }
 
+TEST(XMLElement, WholeNumbersHaveNeitherPointNorExponent) {
+    XMLElement root("N");
+    root.AddAttribute("hundredThousand", 100000.0);
+    root.AddAttribute("largest", -999999999999999.0);
+    root.AddAttribute("larger", 1e15);
+    root.AddAttribute("fraction", 0.00001);
+    EXPECT_EQ(Written(root, nullptr, 0),
+              std::string(kProlog) +
+                  "<N hundredThousand=\"100000\" largest=\"-999999999999999\""
+                  " larger=\"1e+15\" fraction=\"1e-05\"/>\n");
+}
+
+TEST(XMLElement, TreesAskedForInUTF8DeclareIt) {
+    XMLElement root("N");
+    root.AddAttribute("name",
+                      "Gr\xC3\xB6\xC3\x9F"
+                      "e\n");
+    std::ostringstream stream;
+    WriteTreeUTF8(stream, nullptr, root, 0);
+    EXPECT_EQ(stream.str(), std::string(kProlog) +
+                                "<N name=\"Gr\xC3\xB6\xC3\x9F"
+                                "e&#10;\"/>\n");
+}
+
 TEST(XMLElement, NoBreakIsPutBesideText) {
     XMLElement root("A");
     root.AddText("x < y");
