@@ -1,9 +1,7 @@
 #ifndef PREDSEL_NAIVEBAYES_NBDOCUMENT_H
 #define PREDSEL_NAIVEBAYES_NBDOCUMENT_H
 
-#include <cstdint>
 #include <iosfwd>
-#include <string_view>
 
 #include "host/Xml.h"
 #include "naivebayes/NBWriteOptions.h"
@@ -13,8 +11,6 @@ namespace NBDocument {
 
 /// Adds the Header element: copyright, application and the current time.
 void AddHeader(MCCommonXML::XMLElement& root, const NBWriteOptions* options);
-/// A whole number, never with a point or an exponent.
-void AddInteger(MCCommonXML::XMLElement& element, std::string_view name, std::int32_t value);
 /// Writes the document. docType null: none.
 void Write(std::ostream& stream, const MCCommonXML::XMLDocType* docType,
            const MCCommonXML::XMLElement& root, const NBWriteOptions* options);

@@ -4,10 +4,12 @@
 #include <cstdint>
 #include <iosfwd>
 #include <memory>
+#include <type_traits>
 #include <vector>
 
 #include "host/Xml.h"
 #include "naivebayes/NBayesInputBase.h"
+#include "persistence/Fields.h"
 
 class INBEncoder;
 class INBVariable;
@@ -62,11 +64,20 @@ class NBayesInput : public NBayesInputBase {
     void Display(std::ostream& out) const;
 
     template <class Self, class Archive>
-    static void Fields(Self&& self, Archive& archive);
+    static void Fields(Self&& self, Archive& archive) {
+        using Table = std::remove_reference_t<Self>;
+        archive(kSaved, self.fVarIndex, self.fAdjustedRecordIndex, self.fNumCategories,
+                self.fNumNonEmpty, self.fNumTargetCategories, Rows<Table>{self});
+        // One index is saved: a restored model stands as if its predictors had been all there were.
+        if constexpr (Archive::kRestores) self.fRecordIndex = self.fAdjustedRecordIndex;
+    }
 
  private:
     /// The bins of a continuous predictor as PMML. REQUIRES: the variable has a binning encoder.
     void AddDiscretize(MCCommonXML::XMLElement& bayesInput) const;
+
+    static constexpr Persistence::SavedClass kSaved{
+        "NBIN", "NBayesInput", "Error reading NBayesInput!\n", "Failure reading NBayesInput!\n"};
 
     const INBVariable* fpVariable = nullptr;  // borrowed from the variable list, not saved
     std::int32_t fVarIndex = -1;

@@ -1,9 +1,11 @@
 #ifndef PREDSEL_NAIVEBAYES_NBAYESINPUTBASE_H
 #define PREDSEL_NAIVEBAYES_NBAYESINPUTBASE_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <iosfwd>
+#include <utility>
 #include <vector>
 
 /// A predictor's contingency table against the target, and the smoothed conditional probabilities
@@ -63,11 +65,59 @@ class NBayesInputBase {
     /// The three numbers, then a line for each matrix row by row.
     void DisplayTable(std::ostream& out, const char* probabilityName) const;
 
+    /// The cells as they are saved: row by row, each count with its probability.
+    template <class Table>
+    struct Rows {
+        Table& fTable;
+
+        template <class Self, class Archive>
+        static void Fields(Self&& rows, Archive& archive);
+    };
+
     std::int32_t fNumCategories = -1;
     std::int32_t fNumNonEmpty = 0;
     std::int32_t fNumTargetCategories = -1;
     Matrix fCounts;
     Matrix fProbabilities;
 };
+
+template <class Table>
+template <class Self, class Archive>
+void NBayesInputBase::Rows<Table>::Fields(Self&& rows, Archive& archive) {
+    Table& table = rows.fTable;
+    auto numRows = static_cast<std::int32_t>(table.fCounts.size());
+    archive.Items(numRows);
+    if constexpr (Archive::kRestores) {
+        // A table that was never set up has -1 of both, and no rows.
+        archive.Require(table.fNumCategories >= -1 && table.fNumTargetCategories >= -1);
+        archive.Require(numRows == std::max(table.fNumCategories, 0));
+        table.fCounts.clear();
+        table.fProbabilities.clear();
+        for (std::int32_t m = 0; m < numRows; ++m) {
+            std::int32_t length = 0;
+            archive.Items(length);
+            archive.Require(length == std::max(table.fNumTargetCategories, 0));
+            std::vector<double> counts;
+            std::vector<double> probabilities;
+            for (std::int32_t k = 0; k < length; ++k) {
+                double count = 0.0;
+                double probability = 0.0;
+                archive.Items(count, probability);
+                counts.push_back(count);
+                probabilities.push_back(probability);
+            }
+            table.fCounts.push_back(std::move(counts));
+            table.fProbabilities.push_back(std::move(probabilities));
+        }
+    } else {
+        for (std::size_t m = 0; m < table.fCounts.size(); ++m) {
+            const auto length = static_cast<std::int32_t>(table.fCounts[m].size());
+            archive.Items(length);
+            for (std::size_t k = 0; k < table.fCounts[m].size(); ++k) {
+                archive.Items(table.fCounts[m][k], table.fProbabilities[m][k]);
+            }
+        }
+    }
+}
 
 #endif  // PREDSEL_NAIVEBAYES_NBAYESINPUTBASE_H

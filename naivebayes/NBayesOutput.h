@@ -1,13 +1,16 @@
 #ifndef PREDSEL_NAIVEBAYES_NBAYESOUTPUT_H
 #define PREDSEL_NAIVEBAYES_NBAYESOUTPUT_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <iosfwd>
 #include <memory>
+#include <type_traits>
 #include <vector>
 
 #include "host/Xml.h"
+#include "persistence/Fields.h"
 
 class INBEncoder;
 class INBVariable;
@@ -75,9 +78,27 @@ class NBayesOutput {
     virtual void Display(std::ostream& out) const;
 
     template <class Self, class Archive>
-    static void Fields(Self&& self, Archive& archive);
+    static void Fields(Self&& self, Archive& archive) {
+        using Table = std::remove_reference_t<Self>;
+        archive(kSaved, self.fVarIndex, self.fNumCategories, Entries<Table>{self});
+    }
 
  private:
+    /// The categories as they are saved: weight, records and prior of one after the other.
+    template <class Table>
+    struct Entries {
+        Table& fTable;
+
+        template <class Self, class Archive>
+        static void Fields(Self&& entries, Archive& archive);
+    };
+
+    // The last letter of the tag is read and not compared. Intended: states whose tag differs there
+    // are read.
+    static constexpr Persistence::SavedClass kSaved{"NBOUT", "NBayesOutput",
+                                                    "Error reading NBayesOutput!\n",
+                                                    "Failure reading NBayesOutput!\n", 4};
+
     const INBVariable* fpVariable = nullptr;  // borrowed from the variable list, not saved
     std::int32_t fVarIndex = -1;
     std::int32_t fNumCategories = -1;
@@ -85,5 +106,34 @@ class NBayesOutput {
     std::vector<std::int32_t> fUnweightedCounts;
     std::vector<double> fPi;
 };
+
+template <class Table>
+template <class Self, class Archive>
+void NBayesOutput::Entries<Table>::Fields(Self&& entries, Archive& archive) {
+    Table& table = entries.fTable;
+    auto count = static_cast<std::int32_t>(table.fPi.size());
+    archive.Items(count);
+    if constexpr (Archive::kRestores) {
+        // A table that was never set up has -1 categories and no entries.
+        archive.Require(table.fNumCategories >= -1);
+        archive.Require(count == std::max(table.fNumCategories, 0));
+        table.fWeightedCounts.clear();
+        table.fUnweightedCounts.clear();
+        table.fPi.clear();
+        for (std::int32_t k = 0; k < count; ++k) {
+            double weighted = 0.0;
+            std::int32_t unweighted = 0;
+            double prior = 0.0;
+            archive.Items(weighted, unweighted, prior);
+            table.fWeightedCounts.push_back(weighted);
+            table.fUnweightedCounts.push_back(unweighted);
+            table.fPi.push_back(prior);
+        }
+    } else {
+        for (std::size_t k = 0; k < table.fPi.size(); ++k) {
+            archive.Items(table.fWeightedCounts[k], table.fUnweightedCounts[k], table.fPi[k]);
+        }
+    }
+}
 
 #endif  // PREDSEL_NAIVEBAYES_NBAYESOUTPUT_H

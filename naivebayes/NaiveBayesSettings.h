@@ -8,6 +8,7 @@
 #include "host/Progress.h"
 #include "host/Random.h"
 #include "host/Xml.h"
+#include "persistence/Fields.h"
 
 /// How the classifier works. Copied by the engine that is made from it.
 struct NaiveBayesSettings {
@@ -35,7 +36,11 @@ struct NaiveBayesSettings {
     void Display(std::ostream& out) const;
 
     template <class Self, class Archive>
-    static void Fields(Self&& self, Archive& archive);
+    static void Fields(Self&& self, Archive& archive) {
+        static constexpr Persistence::SavedClass kSaved{"NBS", "NaiveBayesSettings"};
+        archive(kSaved, self.fNumSkip, self.fSeed, self.fMaxRecordsInMemory, self.fNumSimulated,
+                self.fRandomKind);
+    }
 };
 
 #endif  // PREDSEL_NAIVEBAYES_NAIVEBAYESSETTINGS_H

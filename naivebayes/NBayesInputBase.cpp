@@ -1,0 +1,99 @@
+#include "naivebayes/NBayesInputBase.h"
+
+#include <ostream>
+
+#include "persistence/Display.h"
+
+namespace {
+
+/// Everything in the shape, 0.
+NBayesInputBase::Matrix Zeros(std::int32_t rows, std::int32_t columns) {
+    return NBayesInputBase::Matrix(static_cast<std::size_t>(rows),
+                                   std::vector<double>(static_cast<std::size_t>(columns), 0.0));
+}
+
+double RowSum(const std::vector<double>& row) {
+    double sum = 0.0;
+    for (const double count : row) sum += count;
+    return sum;
+}
+
+}  // namespace
+
+NBayesInputBase::NBayesInputBase(std::int32_t numCategories, std::int32_t numTargetCategories) {
+    SetShape(numCategories, numTargetCategories);
+}
+
+void NBayesInputBase::SetShape(std::int32_t numCategories, std::int32_t numTargetCategories) {
+    fNumCategories = numCategories;
+    fNumNonEmpty = 0;
+    fNumTargetCategories = numTargetCategories;
+    fCounts = Zeros(std::max(numCategories, 0), std::max(numTargetCategories, 0));
+    fProbabilities = fCounts;
+}
+
+void NBayesInputBase::ExtendShape(std::int32_t numCategories, std::int32_t numTargetCategories) {
+    fNumCategories = std::max(fNumCategories, numCategories);
+    fNumTargetCategories = std::max(fNumTargetCategories, numTargetCategories);
+    for (Matrix* matrix : {&fCounts, &fProbabilities}) {
+        matrix->resize(static_cast<std::size_t>(std::max(fNumCategories, 0)));
+        for (std::vector<double>& row : *matrix) {
+            row.resize(static_cast<std::size_t>(std::max(fNumTargetCategories, 0)), 0.0);
+        }
+    }
+}
+
+void NBayesInputBase::ClearCounts() { SetShape(fNumCategories, fNumTargetCategories); }
+
+double NBayesInputBase::AddCount(std::int32_t category, std::int32_t targetCategory,
+                                 double weight) {
+    double& count =
+        fCounts[static_cast<std::size_t>(category)][static_cast<std::size_t>(targetCategory)];
+    count += weight;
+    return count;
+}
+
+std::int32_t NBayesInputBase::ComputeProbabilities(double threshold) {
+    std::vector<double> columnSums(static_cast<std::size_t>(std::max(fNumTargetCategories, 0)),
+                                   0.0);
+    fNumNonEmpty = 0;
+    for (const std::vector<double>& row : fCounts) {
+        for (std::size_t k = 0; k < row.size(); ++k) columnSums[k] += row[k];
+        if (RowSum(row) > 0.0) ++fNumNonEmpty;
+    }
+    for (std::size_t m = 0; m < fCounts.size(); ++m) {
+        for (std::size_t k = 0; k < columnSums.size(); ++k) {
+            fProbabilities[m][k] =
+                fNumNonEmpty < 1
+                    ? threshold
+                    : (fCounts[m][k] + threshold) / (columnSums[k] + fNumNonEmpty * threshold);
+        }
+    }
+    return fNumNonEmpty;
+}
+
+std::int32_t NBayesInputBase::SetCounts(double threshold, const Matrix& counts) {
+    std::size_t longest = 0;
+    for (const std::vector<double>& row : counts) longest = std::max(longest, row.size());
+    SetShape(static_cast<std::int32_t>(counts.size()), static_cast<std::int32_t>(longest));
+    for (std::size_t m = 0; m < counts.size(); ++m) {
+        std::copy(counts[m].begin(), counts[m].end(), fCounts[m].begin());
+    }
+    return ComputeProbabilities(threshold);
+}
+
+void NBayesInputBase::DisplayTable(std::ostream& out, const char* probabilityName) const {
+    out << "Number of categories: " << fNumCategories << ", non-empty categories: " << fNumNonEmpty
+        << ", target categories: " << fNumTargetCategories << '\n';
+    for (std::size_t m = 0; m < fCounts.size(); ++m) {
+        out << "Category " << m << ": \n";
+        Persistence::DisplayVector(out, "Counts  ", fCounts[m]);
+        Persistence::DisplayVector(out, probabilityName, fProbabilities[m]);
+    }
+}
+
+void NBayesInputBase::Display(std::ostream& out) const {
+    out << "Begin NBayesInputBase object. \n";
+    DisplayTable(out, "Probability_{mk}^j");
+    out << "End of NBayesInputBase display.\n";
+}
