@@ -1,7 +1,10 @@
 #include "embedded/CommandRunner.h"
 
+#include <exception>
+
 #include "embedded/HostSession.h"
 #include "embedded/files/Interrupt.h"
+#include "embedded/files/ModelFileFault.h"
 #include "host/HostGlobals.h"
 #include "host/Output.h"
 
@@ -22,6 +25,17 @@ CommandStatus Conclude() {
     return pvGetCmnGlb()[kErrorWord] == 0 ? CommandStatus::Ok : CommandStatus::Failed;
 }
 
+// False, with a message, when the command's model file cannot come to its place.
+bool Keep(HostSession& session) {
+    try {
+        session.Keep();
+        return true;
+    } catch (const std::exception& fault) {
+        ReportModelFileFault(session.Report().fModelFile.value_or(""), fault.what());
+        return false;
+    }
+}
+
 // Whatever stopped this run must not stop the next. An interrupt that came before the run counts.
 struct ForgetStop {
     ~ForgetStop() { ClearStop(); }
@@ -30,17 +44,23 @@ struct ForgetStop {
 }  // namespace
 
 std::vector<CommandReport> RunCommands(DataSet& data, const std::vector<CommandTokens>& commands,
-                                       ProcedureEntry entry, ProgressListener* progress) {
+                                       ProcedureEntry entry, const RunOptions& options) {
     const ForgetStop forget;
     std::vector<CommandReport> reports;
     for (const CommandTokens& command : commands) {
         CommandReport& report = reports.emplace_back();
         report.fCommand = command.Text();
-        HostSession session(data, command, report);
-        session.SetProgress(progress);
+        HostSession session(data, command, report, options);
         entry();
+        session.AddClosingNotes();
         report.fStatus = Conclude();
-        if (report.fStatus != CommandStatus::Ok) break;
+        if (report.fStatus == CommandStatus::Ok && !Keep(session)) {
+            report.fStatus = CommandStatus::Failed;
+        }
+        if (report.fStatus != CommandStatus::Ok) {
+            report.fModelFile.reset();
+            break;
+        }
     }
     return reports;
 }

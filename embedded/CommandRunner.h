@@ -3,11 +3,10 @@
 
 #include <vector>
 
+#include "embedded/RunOptions.h"
 #include "embedded/command/CommandTokens.h"
 #include "embedded/data/DataSet.h"
 #include "embedded/output/Report.h"
-
-class ProgressListener;
 
 namespace embedded {
 
@@ -16,9 +15,10 @@ namespace embedded {
 using ProcedureEntry = void (*)();
 
 /// Runs the commands in turn on the data set and stops behind the first that does not end well; the
-/// commands after it are not in the result. progress is borrowed and may be null.
+/// commands after it are not in the result. New variables of a command are in the data set for the
+/// commands after it. A command that does not end well leaves the data set as it was.
 std::vector<CommandReport> RunCommands(DataSet& data, const std::vector<CommandTokens>& commands,
-                                       ProcedureEntry entry, ProgressListener* progress);
+                                       ProcedureEntry entry, const RunOptions& options = {});
 
 }  // namespace embedded
 

@@ -1,11 +1,14 @@
 #include "embedded/HostSession.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "embedded/command/CommandTokens.h"
 #include "embedded/data/DataSet.h"
+#include "embedded/output/Report.h"
 #include "host/Assertion.h"
 #include "host/HostGlobals.h"
+#include "host/Output.h"
 
 namespace embedded {
 namespace {
@@ -14,8 +17,13 @@ HostSession* gActive = nullptr;
 
 }  // namespace
 
-HostSession::HostSession(DataSet& data, const CommandTokens& command, CommandReport& report)
-    : fData(data), fCommand(command), fReport(report) {
+HostSession::HostSession(DataSet& data, const CommandTokens& command, CommandReport& report,
+                         RunOptions options)
+    : fData(data),
+      fCommand(command),
+      fReport(report),
+      fOptions(std::move(options)),
+      fNewColumns(data.ColumnCount(), data.RowCount()) {
     PREDSEL_ASSERT(gActive == nullptr, "one session at a time");
     gActive = this;
 
@@ -35,6 +43,30 @@ HostSession::~HostSession() { gActive = nullptr; }
 HostSession& HostSession::Active() {
     PREDSEL_ASSERT(gActive != nullptr, "a session is active");
     return *gActive;
+}
+
+const KOLT_Variable& HostSession::Variable(std::int32_t index) const {
+    return index < fData.ColumnCount() ? fData.Variable(index) : fNewColumns.Variable(index);
+}
+
+std::string HostSession::PlaceModelFile(const std::string& path) {
+    return fOptions.fPlaceModelFile ? fOptions.fPlaceModelFile(path) : fModelFiles.Place(path);
+}
+
+void HostSession::AddClosingNotes() const {
+    constexpr std::int32_t kMissingValues = 4;
+    for (const auto& [variable, cases] : fUnknownCases) {
+        BpComposite text("^1: ^2", true);
+        text.Add(BpVariable(variable, 2));
+        text.Add(BpString(std::to_string(cases), false));
+        text.Finish();
+        AddNotes(kMissingValues, BpString("Cases With Unknown Category", true), text);
+    }
+}
+
+void HostSession::Keep() {
+    fModelFiles.Commit();
+    fReport.fvSavedVariables = fNewColumns.MoveTo(fData);
 }
 
 }  // namespace embedded

@@ -82,9 +82,10 @@ class UAInputAdapter {
     /// counts these cases and names the variable in the notes.
     void ReorderCategories(std::int32_t index, bool ascending);
 
-    /// Passes that have been ended: 0 during the first one.
+    /// Passes that have come to their end: 0 during the first one.
     std::int32_t GetDataPassCount() const;
     /// Cases of the file that the pass has read so far, left-out ones included: 1 at the first.
+    /// Between passes those of the last one.
     std::int32_t GetCaseCount() const;
     /// The reader of the pass that is under way, null between passes. Borrowed.
     KOLT_InputCaseIterator* GetDSIterator() const;
@@ -115,8 +116,9 @@ class UACaseValueReader {
 };
 
 /// Records of the adapter's cases, in file order. A pass stands on its next record: Current gives
-/// it, Next gives it and moves on. Several iterators over one adapter take turns, one pass under
-/// way at a time: NewPass of one ends the pass of another.
+/// it, Next gives it and moves on, so that columns of a case are written between Current and Next.
+/// Several iterators over one adapter take turns, one pass under way at a time: NewPass of one ends
+/// the pass of another.
 class UAProcDataSourceIter : public MCCommon::MultiPassRecordIter {
  public:
     /// startNow true begins the first pass at once, which is the first contact with the data.
@@ -125,21 +127,24 @@ class UAProcDataSourceIter : public MCCommon::MultiPassRecordIter {
     const MCCommon::Record* Next() override;
     std::int32_t GetFailReason() const override;
     std::int32_t NewPass() override;
-    /// standOnFirst true: the pass also moves on only when asked, so that columns of the current
-    /// case can be written between Current and Next.
+    /// The same. standOnFirst true: the pass stands on its first record at once, else when it is
+    /// first asked for one. kITER_NO_NEW_PASS behind the last pass.
     std::int32_t NewPass(bool standOnFirst);
-    /// Ends the pass. Does nothing without one.
+    /// Ends the pass. Does nothing without one. Where it ends the first pass before the last case,
+    /// later passes end there too: the adapter knows no case behind it.
     void StopPass();
     /// The record that the pass stands on, null at its end. Owned by the iterator.
     const MCCommon::Record* Current() const;
-    /// No pass follows this one: what it needed may be let go at its end.
+    /// No pass over the adapter follows this one.
     void SetLastPass();
     /// The writer of new columns, for the case that the pass stands on. Borrowed.
     KOLT_InputCaseIterator* GetProcDS() const;
 
  protected:
     ~UAProcDataSourceIter() override;
-    /// Called for each case before its record is made; false leaves the case out.
+    /// Called for each case of the file, before its weight is looked at and its record is made;
+    /// false leaves the case out. The adapter's reader stands on the case, and its count includes
+    /// it.
     virtual bool PreprocessCase() { return true; }
 
  private:

@@ -414,6 +414,7 @@ class VarSpecObj {
     void Add(std::int32_t index, Origin origin);
     std::vector<bool> Members() const;
     bool RefuseCommonVar(std::size_t position, const VarSpecObj& other) const;
+    bool RefuseName(const std::string& name) const;
 
     std::string fParameter;
     std::string fSubcommand;

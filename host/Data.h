@@ -129,9 +129,10 @@ class KOLT_DataSource {
     virtual std::int32_t ColumnCount() const = 0;
     /// The variable at a dictionary index from 0 to ColumnCount() - 1.
     virtual const KOLT_Variable& GetVariable(std::int32_t index) const = 0;
-    /// Makes a new variable behind the others, system-missing (a string: empty) in every case. type
-    /// as KOLT_Variable::GetType. columnOut takes its dictionary index. The variable is the data
-    /// set's; it has no name yet. Null, after a message, when the data set cannot take it.
+    /// Makes a new variable behind the others, system-missing in every case. type as
+    /// KOLT_Variable::GetType. columnOut takes its dictionary index. The variable is the data
+    /// set's; it must be given a name of its own before the command ends, and is dropped when the
+    /// command fails. Null, after a message, when the data set cannot take it.
     virtual KOLT_Variable* MakeVariable(std::int32_t type, std::int32_t& columnOut) = 0;
 };
 
@@ -148,7 +149,8 @@ class ProcedureDataSource : public KOLT_DataSource {
     KOLT_Variable* MakeVariable(std::int32_t type, std::int32_t& columnOut) override;
     /// Dictionary index of the weight variable, -1 when the data set has none.
     std::int32_t GetWeightVarIndex() const;
-    /// How many 8-byte slots the procedure may add to each case.
+    /// How many 8-byte slots the procedure may add to each case: one for a number, as many as it
+    /// fills for a string. None without it.
     void SetMaxObsAdded(std::uint32_t slots);
 };
 

@@ -34,7 +34,7 @@ class Record {
 
 /// Why an iterator has nothing (more) to give.
 inline constexpr std::int32_t kITER_SUCCESS = 0;
-inline constexpr std::int32_t kITER_NO_VALID_CASE = 1;
+inline constexpr std::int32_t kITER_NO_VALID_CASE = 1;  // none at all, or none any more
 inline constexpr std::int32_t kITER_ERROR = 3;
 inline constexpr std::int32_t kITER_NO_NEW_PASS = 4;  // the source cannot be read again
 

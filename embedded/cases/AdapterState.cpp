@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 
 #include "embedded/HostSession.h"
+#include "embedded/data/NewColumns.h"
 #include "embedded/output/Report.h"
 #include "host/Assertion.h"
 
@@ -44,8 +46,7 @@ RecordColumn::RecordColumn(const DataSet& data, std::int32_t variable, bool isCa
     : fpColumn(&data.GetColumn(variable)), fVariable(variable), fbCategorical(isCategorical) {
     const KOLT_Variable& description = data.Variable(variable);
     if (!fbCategorical) {
-        fMissing = description.GetMissingSpec();
-        fbUserMissing = userMissExclude && (fMissing.fbRange || !fMissing.fvDiscrete.empty());
+        if (userMissExclude) HoldAgainst(description.GetMissingSpec());
         return;
     }
     const ColumnCategories& categories = fpColumn->Categories();
@@ -59,8 +60,47 @@ RecordColumn::RecordColumn(const DataSet& data, std::int32_t variable, bool isCa
     AssignCodes(keep);
 }
 
+RecordColumn::RecordColumn(const DataSet& data, std::int32_t variable,
+                           const RecordLayoutColumn& layout, bool userMissExclude)
+    : fpColumn(&data.GetColumn(variable)),
+      fVariable(variable),
+      fbCategorical(layout.fbCategorical) {
+    const KOLT_Variable& description = data.Variable(variable);
+    if (!fbCategorical) {
+        if (userMissExclude) {
+            HoldAgainst(description.GetMissingSpec());
+            HoldAgainst(layout.fMissing);
+        }
+        return;
+    }
+    KOLT_Variable declared;
+    declared.SetMissingSpec(layout.fMissing);
+    std::map<KoltObs, std::int32_t> codes;
+    for (const KoltObs& value : layout.fvValues) {
+        codes.emplace(value, static_cast<std::int32_t>(codes.size()));
+    }
+    const ColumnCategories& categories = fpColumn->Categories();
+    for (std::int32_t category = 0; category < categories.Count(); ++category) {
+        const KoltObs value = categories.Value(category);
+        const auto code = codes.find(value);
+        if (userMissExclude &&
+            (description.IsUserMissing(value) || declared.IsUserMissing(value))) {
+            fvCodes.push_back(kMissing);
+        } else if (code == codes.end()) {
+            fvCodes.push_back(kUnknown);
+            fbSomeUnknown = true;
+        } else {
+            fvCodes.push_back(code->second);
+        }
+    }
+}
+
+void RecordColumn::HoldAgainst(const KoltMissingSpec& spec) {
+    if (spec.fbRange || !spec.fvDiscrete.empty()) fvMissing.push_back(spec);
+}
+
 void RecordColumn::AssignCodes(const std::vector<bool>& keep) {
-    fvCodes.assign(keep.size(), -1);
+    fvCodes.assign(keep.size(), kMissing);
     fvCategories.clear();
     for (std::size_t category = 0; category < keep.size(); ++category) {
         if (!keep[category]) continue;
@@ -94,14 +134,17 @@ void RecordColumn::Open(std::int32_t chunk) {
 
 double RecordColumn::CodeValue(std::int32_t row) const {
     if (!fChunk.IsValid(row)) return -1.0;
-    return fvCodes[fChunkCodes[static_cast<std::size_t>(row)]];
+    return std::max(kMissing, fvCodes[fChunkCodes[static_cast<std::size_t>(row)]]);
 }
 
 // A string read as a number has none: every case is missing.
 double RecordColumn::Number(std::int32_t row) const {
     if (!fpColumn->IsNumeric()) return MCMV::gMissingValue;
     const double value = fChunk.fNumbers[static_cast<std::size_t>(row)];
-    return fbUserMissing && IsUserMissingNumber(fMissing, value) ? MCMV::gMissingValue : value;
+    for (const KoltMissingSpec& spec : fvMissing) {
+        if (IsUserMissingNumber(spec, value)) return MCMV::gMissingValue;
+    }
+    return value;
 }
 
 void RecordColumn::Learn(double value) {
@@ -118,32 +161,85 @@ void RecordColumn::Learn(double value) {
     ++fMetCount;
 }
 
+void RecordColumn::EndLearning() {
+    for (std::size_t code = 0; code < fvMet.size(); ++code) {
+        if (fvMet[code]) continue;
+        fvCodes[static_cast<std::size_t>(fvCategories[code])] = kUnknown;
+        fbSomeUnknown = true;
+    }
+}
+
+void RecordColumn::Reorder(bool ascending) {
+    std::vector<std::int32_t> met;
+    for (std::size_t code = 0; code < fvMet.size(); ++code) {
+        if (fvMet[code]) met.push_back(fvCategories[code]);
+    }
+    // Categories of a column ascend by value.
+    std::sort(met.begin(), met.end());
+    if (!ascending) std::reverse(met.begin(), met.end());
+    for (std::size_t code = 0; code < met.size(); ++code) {
+        fvCodes[static_cast<std::size_t>(met[code])] = static_cast<std::int32_t>(code);
+    }
+    fvMet.assign(met.size(), true);
+    fvCategories = std::move(met);
+}
+
+std::vector<KoltObs> RecordColumn::Values() const {
+    std::vector<KoltObs> values;
+    for (const std::int32_t category : fvCategories) {
+        values.push_back(fpColumn->Categories().Value(category));
+    }
+    return values;
+}
+
 bool RecordColumn::Decode(std::int32_t code, KoltObs& valueOut) const {
     if (code < 0 || static_cast<std::size_t>(code) >= fvCategories.size()) return false;
     valueOut = fpColumn->Categories().Value(fvCategories[static_cast<std::size_t>(code)]);
     return true;
 }
 
+double CaseReader::GetNumericValue(std::int32_t index) const {
+    const Column& column = fData.GetColumn(index);
+    if (!column.IsNumeric()) return MCMV::gMissingValue;
+    const ColumnChunk chunk = column.Chunk(static_cast<std::int32_t>(fRow / kChunkRows));
+    return chunk.fNumbers[static_cast<std::size_t>(fRow % kChunkRows)];
+}
+
+void CaseReader::SetColumnValue(std::int32_t column, double value) {
+    HostSession::Active().New().Set(column, fRow, value);
+}
+
+void CaseReader::SetColumnValue(std::int32_t column, const std::string& text, std::int32_t type) {
+    HostSession::Active().New().Set(column, fRow, text, type);
+}
+
 }  // namespace embedded
 
 UAAdapterState::UAAdapterState(const UAVarValidSpecs& specs, const embedded::DataSet& data)
-    : fData(data) {
+    : fData(data),
+      fRowEnd(data.RowCount()),
+      fReader(data),
+      fWeightColumn(specs.GetWeightColumn()),
+      fbUserMissExclude(specs.GetUserMissExclude()) {
     const std::int32_t columns = specs.GetNRecordVars();
     fvColumns.reserve(static_cast<std::size_t>(columns));
     for (std::int32_t column = 0; column < columns; ++column) {
         const std::int32_t variable = specs.GetKOLTVarIndex(column);
-        fvColumns.emplace_back(data, variable, specs.GetKOLTCatVar(variable),
-                               specs.GetUserMissExclude());
+        fvColumns.emplace_back(data, variable, specs.GetKOLTCatVar(variable), fbUserMissExclude);
     }
-    const std::int32_t weight = specs.GetWeightColumn();
-    if (weight < 0) return;
+    fvUnknownRows.resize(fvColumns.size());
+    embedded::HostSession& session = embedded::HostSession::Active();
+    session.SetAdapter(this);
+    if (fWeightColumn < 0) return;
     bool fractional = false;
-    fvValidCases = embedded::ValidWeights(data, specs.GetKOLTVarIndex(weight), fractional);
-    embedded::HostSession::Active().Report().fbFractionalWeights = fractional;
+    fvValidCases = embedded::ValidWeights(data, specs.GetKOLTVarIndex(fWeightColumn), fractional);
+    session.Report().fbFractionalWeights = fractional;
     for (embedded::RecordColumn& column : fvColumns) column.KeepCategoriesOf(fvValidCases);
 }
 
-const embedded::RecordColumn& UAAdapterState::ColumnOf(std::int32_t variable) const {
+UAAdapterState::~UAAdapterState() { embedded::HostSession::Active().SetAdapter(nullptr); }
+
+embedded::RecordColumn& UAAdapterState::ColumnOf(std::int32_t variable) {
     const auto found =
         std::find_if(fvColumns.begin(), fvColumns.end(),
                      [variable](const auto& column) { return column.Variable() == variable; });
@@ -151,7 +247,52 @@ const embedded::RecordColumn& UAAdapterState::ColumnOf(std::int32_t variable) co
     return *found;
 }
 
+const embedded::RecordColumn& UAAdapterState::ColumnOf(std::int32_t variable) const {
+    return const_cast<UAAdapterState*>(this)->ColumnOf(variable);
+}
+
 bool UAAdapterState::HasValidCase() const {
     if (fvValidCases.empty()) return fData.RowCount() > 0;
     return std::find(fvValidCases.begin(), fvValidCases.end(), true) != fvValidCases.end();
+}
+
+void UAAdapterState::BeginPass(const void* owner) {
+    if (fpUnderWay != nullptr) BreakOffPass();
+    fpUnderWay = owner;
+    fCasesRead = 0;
+}
+
+void UAAdapterState::BreakOffPass() {
+    if (fCasesRead > 0) EndPass();
+    fpUnderWay = nullptr;
+}
+
+void UAAdapterState::EndPass() {
+    if (fPassesEnded == 0) {
+        fRowEnd = fCasesRead;
+        for (embedded::RecordColumn& column : fvColumns) column.EndLearning();
+    }
+    ++fPassesEnded;
+    fpUnderWay = nullptr;
+}
+
+void UAAdapterState::NoteUnknown(std::size_t column, std::int64_t row) {
+    std::vector<bool>& rows = fvUnknownRows[column];
+    if (rows.empty()) rows.resize(static_cast<std::size_t>(fData.RowCount()));
+    if (rows[static_cast<std::size_t>(row)]) return;
+    rows[static_cast<std::size_t>(row)] = true;
+    embedded::HostSession::Active().NoteUnknownCase(fvColumns[column].Variable());
+}
+
+embedded::RecordLayout UAAdapterState::Layout() const {
+    embedded::RecordLayout layout;
+    layout.fWeightColumn = fWeightColumn;
+    layout.fbUserMissExclude = fbUserMissExclude;
+    for (const embedded::RecordColumn& column : fvColumns) {
+        const KOLT_Variable& variable = fData.Variable(column.Variable());
+        layout.fvColumns.push_back({variable.GetName(), fData.Kind(column.Variable()),
+                                    variable.GetType(), column.IsCategorical(), column.Values(),
+                                    variable.GetMissingSpec()});
+    }
+    return layout;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
 
 #include "embedded/HostSession.h"
 #include "embedded/cases/AdapterState.h"
@@ -76,19 +77,68 @@ bool UAInputAdapter::DecodeCatValue(std::int32_t index, std::int32_t code, std::
     return fpState->ColumnOf(index).Decode(code, valueOut);
 }
 
+void UAInputAdapter::ReorderCategories(std::int32_t index, bool ascending) {
+    PREDSEL_ASSERT(fpState->fPassesEnded > 0, "the first pass has ended");
+    embedded::RecordColumn& column = fpState->ColumnOf(index);
+    PREDSEL_ASSERT(column.IsCategorical(), "the variable is categorical");
+    column.Reorder(ascending);
+}
+
+std::int32_t UAInputAdapter::GetDataPassCount() const { return fpState->fPassesEnded; }
+
+std::int32_t UAInputAdapter::GetCaseCount() const {
+    return static_cast<std::int32_t>(fpState->fCasesRead);
+}
+
+KOLT_InputCaseIterator* UAInputAdapter::GetDSIterator() const { return fpState->Reader(); }
+
+// --- UACaseValueReader --------------------------------------------------------------------------
+
+struct UACaseValueReader::Impl {
+    Impl(UAAdapterState& state, std::int32_t index, bool includeUserMissing)
+        : fState(state),
+          fbString(!state.fData.GetColumn(index).IsNumeric()),
+          // A number need not be looked up among the categories.
+          fColumn(state.fData, index, fbString, !includeUserMissing) {}
+
+    UAAdapterState& fState;
+    bool fbString;
+    embedded::RecordColumn fColumn;
+    std::int32_t fChunk = -1;
+};
+
+UACaseValueReader::UACaseValueReader(const UAInputAdapter& adapter, std::int32_t index,
+                                     bool includeUserMissing)
+    : fpImpl(std::make_unique<Impl>(adapter.State(), index, includeUserMissing)) {}
+
+UACaseValueReader::~UACaseValueReader() = default;
+
+bool UACaseValueReader::UpdateValid() const {
+    Impl& reader = *fpImpl;
+    const embedded::CaseReader* at = reader.fState.Reader();
+    PREDSEL_ASSERT(at != nullptr, "a pass is under way");
+    const auto chunk = static_cast<std::int32_t>(at->Row() / embedded::kChunkRows);
+    if (chunk != reader.fChunk) reader.fColumn.Open(chunk);
+    reader.fChunk = chunk;
+    const double value =
+        reader.fColumn.Value(static_cast<std::int32_t>(at->Row() % embedded::kChunkRows));
+    return reader.fbString ? value >= 0.0 : value != MCMV::gMissingValue;
+}
+
 // --- UAProcDataSourceIter -----------------------------------------------------------------------
 
 namespace {
 
-// How far a pass over the cases has come: "records" read of "totalRecords", in seconds.
+// How far a pass over the cases has come: "records" read of "totalRecords" in the "pass", counted
+// from 1, in seconds.
 class PassProgress final : public ProgressReport {
  public:
-    PassProgress(std::int64_t records, std::int64_t total, double elapsed)
-        : fRecords(records), fTotal(total), fElapsed(elapsed) {}
+    PassProgress(std::int64_t records, std::int64_t total, std::int32_t pass, double elapsed)
+        : fRecords(records), fTotal(total), fPass(pass), fElapsed(elapsed) {}
     std::int32_t GetInteger(const std::string& name) const override {
         if (name == "records") return static_cast<std::int32_t>(fRecords);
         if (name == "totalRecords") return static_cast<std::int32_t>(fTotal);
-        return -1;
+        return name == "pass" ? fPass : -1;
     }
     double GetDouble(const std::string& name) const override {
         return name == "elapsedTime" ? fElapsed : MCMV::gMissingValue;
@@ -97,21 +147,26 @@ class PassProgress final : public ProgressReport {
  private:
     std::int64_t fRecords;
     std::int64_t fTotal;
+    std::int32_t fPass;
     double fElapsed;
 };
 
 }  // namespace
 
 struct UAProcDataSourceIter::Impl {
-    explicit Impl(UAAdapterState& state)
-        : fState(state), fRecord(static_cast<std::int32_t>(state.fvColumns.size())) {}
+    explicit Impl(UAAdapterState& state) : fState(state) {
+        for (MCCommon::Record& record : fRecords) {
+            record = MCCommon::Record(static_cast<std::int32_t>(state.fvColumns.size()));
+        }
+    }
+
+    bool IsUnderWay() const { return fState.fpUnderWay == this; }
 
     void Start() {
-        fRow = -1;
-        fDelivered = 0;
+        fState.BeginPass(this);
         fChunk = -1;
         fbStarted = true;
-        fbReady = false;
+        fbOnRecord = false;
         fStart = std::chrono::steady_clock::now();
     }
 
@@ -127,67 +182,109 @@ struct UAProcDataSourceIter::Impl {
         ProgressListener* listener = embedded::HostSession::Active().Progress();
         if (!listener) return;
         const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - fStart;
-        listener->OnProgress(PassProgress(row, fState.fData.RowCount(), elapsed.count()));
+        listener->OnProgress(
+            PassProgress(row, fState.fData.RowCount(), fState.fPassesEnded + 1, elapsed.count()));
+    }
+
+    // Makes the record of the case that the reader stands on.
+    void MakeRecord() {
+        // The record given out before stays as it is.
+        fCurrent = 1 - fCurrent;
+        MCCommon::Record& record = fRecords[fCurrent];
+        const std::int64_t at = fState.Reader()->Row();
+        const auto row = static_cast<std::int32_t>(at % embedded::kChunkRows);
+        const bool learning = fState.fPassesEnded == 0;
+        for (std::int32_t i = 0; i < record.Size(); ++i) {
+            embedded::RecordColumn& column = fState.fvColumns[static_cast<std::size_t>(i)];
+            const double value = column.Value(row);
+            if (learning) {
+                column.Learn(value);
+            } else if (column.IsUnknown(row)) {
+                fState.NoteUnknown(static_cast<std::size_t>(i), at);
+            }
+            record[i] = value;
+        }
+        fbOnRecord = true;
     }
 
     UAAdapterState& fState;
-    MCCommon::Record fRecord;
-    std::int64_t fRow = -1;  // the case that Next will give, once fbReady
-    std::int64_t fDelivered = 0;
+    MCCommon::Record fRecords[2];
+    std::size_t fCurrent = 0;
     std::int32_t fChunk = -1;  // the open one
     bool fbStarted = false;
-    bool fbReady = false;  // fRow stands on a case, or behind the last
+    bool fbOnRecord = false;  // the pass stands on fRecords[fCurrent]
     std::chrono::steady_clock::time_point fStart;
 };
 
 UAProcDataSourceIter::UAProcDataSourceIter(UAInputAdapter& adapter, bool startNow)
     : fpImpl(std::make_unique<Impl>(adapter.State())) {
+    // The first case is read when it is asked for: the subclass that preprocesses it is not built.
     if (startNow) fpImpl->Start();
 }
 
-UAProcDataSourceIter::~UAProcDataSourceIter() = default;
+UAProcDataSourceIter::~UAProcDataSourceIter() { StopPass(); }
 
-void UAProcDataSourceIter::NewPass() { fpImpl->Start(); }
+std::int32_t UAProcDataSourceIter::NewPass() { return NewPass(true); }
+
+std::int32_t UAProcDataSourceIter::NewPass(bool standOnFirst) {
+    if (fpImpl->fState.fbLastPass) {
+        StopPass();
+        return MCCommon::kITER_NO_NEW_PASS;
+    }
+    fpImpl->Start();
+    if (standOnFirst) HasMore();
+    return GetFailReason();
+}
+
+void UAProcDataSourceIter::StopPass() {
+    if (fpImpl->IsUnderWay()) fpImpl->fState.BreakOffPass();
+    fpImpl->fbOnRecord = false;
+}
 
 bool UAProcDataSourceIter::HasMore() {
     Impl& pass = *fpImpl;
     if (!pass.fbStarted) pass.Start();
-    const std::int64_t rows = pass.fState.fData.RowCount();
-    while (!pass.fbReady) {
-        ++pass.fRow;
-        if (pass.fRow >= rows) {
-            pass.fbReady = true;
-            if (pass.fState.fPassesEnded++ == 0) pass.ReportProgress(rows);
-        } else if (pass.fState.IsValidCase(pass.fRow)) {
-            pass.OpenChunkOf(pass.fRow);
-            pass.fbReady = PreprocessCase();
+    if (!pass.IsUnderWay()) return false;
+    UAAdapterState& state = pass.fState;
+    while (!pass.fbOnRecord) {
+        const std::int64_t row = state.fCasesRead;
+        if (row >= state.fRowEnd) {
+            pass.ReportProgress(row);
+            state.EndPass();
+            return false;
         }
+        state.Reader()->MoveTo(row);
+        ++state.fCasesRead;
+        pass.OpenChunkOf(row);
+        if (PreprocessCase() && state.IsValidCase(row)) pass.MakeRecord();
     }
-    return pass.fRow < rows;
+    return true;
 }
 
 const MCCommon::Record* UAProcDataSourceIter::Next() {
     if (!HasMore()) return nullptr;
-    Impl& pass = *fpImpl;
-    const auto row = static_cast<std::int32_t>(pass.fRow % embedded::kChunkRows);
-    const bool learning = pass.fState.fPassesEnded == 0;
-    for (std::int32_t i = 0; i < pass.fRecord.Size(); ++i) {
-        embedded::RecordColumn& column = pass.fState.fvColumns[static_cast<std::size_t>(i)];
-        const double value = column.Value(row);
-        if (learning) column.Learn(value);
-        pass.fRecord[i] = value;
-    }
-    ++pass.fDelivered;
-    pass.fbReady = false;
-    return &pass.fRecord;
+    const MCCommon::Record* record = &fpImpl->fRecords[fpImpl->fCurrent];
+    fpImpl->fbOnRecord = false;
+    HasMore();
+    return record;
+}
+
+const MCCommon::Record* UAProcDataSourceIter::Current() const {
+    return fpImpl->IsUnderWay() && fpImpl->fbOnRecord ? &fpImpl->fRecords[fpImpl->fCurrent]
+                                                      : nullptr;
 }
 
 std::int32_t UAProcDataSourceIter::GetFailReason() const {
     const Impl& pass = *fpImpl;
-    const bool ended = pass.fbReady && pass.fRow >= pass.fState.fData.RowCount();
-    const bool none = ended ? pass.fDelivered == 0 : pass.fbStarted && !pass.fState.HasValidCase();
-    return none ? MCCommon::kITER_NO_VALID_CASE : MCCommon::kITER_SUCCESS;
+    if (!pass.fbStarted) return MCCommon::kITER_SUCCESS;
+    // A pass whose first case has not been read yet has more if there is any case.
+    const bool more = pass.IsUnderWay() && (pass.fbOnRecord || pass.fState.HasValidCase());
+    return more ? MCCommon::kITER_SUCCESS : MCCommon::kITER_NO_VALID_CASE;
 }
+
+void UAProcDataSourceIter::SetLastPass() { fpImpl->fState.fbLastPass = true; }
+
+KOLT_InputCaseIterator* UAProcDataSourceIter::GetProcDS() const { return fpImpl->fState.Reader(); }
 
 // --- UAInpAdaptMsg ------------------------------------------------------------------------------
 

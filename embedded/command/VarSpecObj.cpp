@@ -490,16 +490,51 @@ std::vector<bool> VarSpecObj::Members() const {
 
 std::int32_t VarSpecObj::CheckNewVariable(const KoltVarName& name) const {
     const std::string& text = name.GetString();
-    const TextPlace place = FindPlace(Command(), fSubcommand, fParameter, text);
     if (!embedded::IsTidyName(text)) {
-        Refuse("Invalid new name ^1 in ^2...", {ShownName(text), fRole}, place);
+        RefuseName(text);
         return 0;
     }
+    const TextPlace place = FindPlace(Command(), fSubcommand, fParameter, text);
     const std::vector<std::int32_t> found = embedded::VariableNames(*fpSource).Find(text);
     if (found.empty()) return -1;
     Refuse("New name ^1 in ^2 taken...",
            {ShownName(fpSource->GetVariable(found.front()).GetName()), fRole}, place);
     return found.front();
+}
+
+bool VarSpecObj::NewVarNameByRoot(const KoltVarName& root, KoltVarName& nameOut) const {
+    const std::string& text = root.GetString();
+    if (!embedded::IsTidyName(text)) return RefuseName(text);
+    const embedded::VariableNames names(*fpSource);
+    std::string name = text;
+    for (std::int32_t number = 1; !names.Find(name).empty(); ++number) {
+        name = text + std::to_string(number);
+    }
+    nameOut = KoltVarName(std::move(name));
+    return true;
+}
+
+bool VarSpecObj::NewVarNamesByRoot(const KoltVarName& root, std::int32_t count,
+                                   std::vector<KoltVarName>& namesOut) const {
+    namesOut.clear();
+    const std::string& text = root.GetString();
+    if (!embedded::IsTidyName(text)) return RefuseName(text);
+    const embedded::VariableNames names(*fpSource);
+    for (std::int32_t number = 1; static_cast<std::int32_t>(namesOut.size()) < count; ++number) {
+        std::string name = text + std::to_string(number);
+        if (names.Find(name).empty()) {
+            namesOut.emplace_back(std::move(name));
+        } else {
+            // The numbers are to follow each other: begin again behind the one that is taken.
+            namesOut.clear();
+        }
+    }
+    return true;
+}
+
+bool VarSpecObj::RefuseName(const std::string& name) const {
+    return Refuse("Invalid new name ^1 in ^2...", {ShownName(name), fRole},
+                  FindPlace(Command(), fSubcommand, fParameter, name));
 }
 
 bool VarSpecObj::IsCatVar() const {

@@ -20,7 +20,7 @@ BpItemData::Pointer MakeItem(Content content) {
 }
 
 const KOLT_Variable& ActiveVariable(std::int32_t dictionaryIndex) {
-    return embedded::HostSession::Active().Data().Variable(dictionaryIndex);
+    return embedded::HostSession::Active().Variable(dictionaryIndex);
 }
 
 BpItemData::Pointer MakeVariable(std::int32_t dictionaryIndex, std::int32_t mode) {

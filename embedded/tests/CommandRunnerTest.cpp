@@ -49,7 +49,7 @@ std::vector<CommandReport> RunTwoCommands(embedded::ProcedureEntry entry,
         embedded::ParseCommandText("SELECTPRED y; naivebayes y /PRINT NONE;", "test");
     EXPECT_EQ(script.fvCommands.size(), 2U);
     embedded::DataSet data;
-    return embedded::RunCommands(data, script.fvCommands, entry, progress);
+    return embedded::RunCommands(data, script.fvCommands, entry, {.fpProgress = progress});
 }
 
 TEST(CommandRunner, RunsOneCommandAfterTheOther) {
@@ -138,8 +138,8 @@ TEST(HostSession, GivesTheNumberOfSplitVariables) {
     const embedded::CommandScript script = embedded::ParseCommandText("SELECTPRED y;", "test");
     embedded::DataSet data;
     data.SetSplitIndices({0, 1});
-    embedded::RunCommands(
-        data, script.fvCommands, [] { counts.push_back(pvGetCmnGlb()[kSplitFileCount]); }, nullptr);
+    embedded::RunCommands(data, script.fvCommands,
+                          [] { counts.push_back(pvGetCmnGlb()[kSplitFileCount]); });
     EXPECT_EQ(counts, std::vector<std::int64_t>{2});
 }
 

@@ -59,7 +59,7 @@ std::string ReportThrough(embedded::ProcedureEntry entry, const std::string& dat
     embedded::DataSet data = embedded::OpenDataSet(dataPath);
     embedded::Report report;
     report.fVersion = PREDSELECT_VERSION;
-    report.fvCommands = embedded::RunCommands(data, script.fvCommands, entry, nullptr);
+    report.fvCommands = embedded::RunCommands(data, script.fvCommands, entry);
     return embedded::JsonRenderer::Render(report);
 }
 

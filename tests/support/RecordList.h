@@ -21,8 +21,13 @@ class RecordList : public MCCommon::MultiPassRecordIter {
     const MCCommon::Record* Next() override {
         return fNext == fNullAt || !HasMore() ? nullptr : &fvRecords[fNext++];
     }
-    std::int32_t GetFailReason() const override { return MCCommon::kITER_SUCCESS; }
-    void NewPass() override { fNext = 0; }
+    std::int32_t GetFailReason() const override {
+        return fNext < fvRecords.size() ? MCCommon::kITER_SUCCESS : MCCommon::kITER_NO_VALID_CASE;
+    }
+    std::int32_t NewPass() override {
+        fNext = 0;
+        return GetFailReason();
+    }
 
     /// Next gives null in place of this row, though HasMore promised it.
     void BreakAt(std::size_t row) { fNullAt = row; }

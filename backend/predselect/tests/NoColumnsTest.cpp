@@ -26,6 +26,7 @@ std::int32_t ProcedureDataSource::ColumnCount() const {
 const KOLT_Variable& ProcedureDataSource::GetVariable(std::int32_t index) const {
     return embedded::HostSession::Active().Data().Variable(index);
 }
+KOLT_Variable* ProcedureDataSource::MakeVariable(std::int32_t, std::int32_t&) { return nullptr; }
 std::int32_t ProcedureDataSource::GetWeightVarIndex() const { return -1; }
 void ProcedureDataSource::SetMaxObsAdded(std::uint32_t) {}
 void AdjustMeasurementLevels(ProcedureDataSource&) {}

@@ -210,7 +210,7 @@ TEST(PREDSELE, SeveralCommandsRunInTurnAndStopBehindTheFirstThatFails) {
     DataSet data = SmallData().Build();
     const auto script =
         embedded::ParseCommandText("SELECTPRED y; SELECTPRED nobody; SELECTPRED y BY f;", "test");
-    const auto reports = embedded::RunCommands(data, script.fvCommands, &PREDSELE, nullptr);
+    const auto reports = embedded::RunCommands(data, script.fvCommands, &PREDSELE);
     ASSERT_EQ(reports.size(), 2U);
     EXPECT_EQ(reports[0].fStatus, embedded::CommandStatus::Ok);
     EXPECT_EQ(reports[1].fStatus, embedded::CommandStatus::Failed);

@@ -25,7 +25,8 @@ class CommandRun {
         : fData(std::move(data)) {
         const embedded::CommandScript script = embedded::ParseCommandText(command, "test");
         if (script.fFault) throw std::invalid_argument(script.fFault->fText);
-        fReport.fvCommands = embedded::RunCommands(fData, script.fvCommands, &PREDSELE, progress);
+        fReport.fvCommands =
+            embedded::RunCommands(fData, script.fvCommands, &PREDSELE, {.fpProgress = progress});
         fJson = nlohmann::json::parse(embedded::JsonRenderer::Render(fReport))["commands"].back();
     }
 

@@ -184,12 +184,14 @@ TEST(CaseDelivery, AllWeightsZeroIsNoValidCase) {
     EXPECT_EQ(run.fpIterator->GetFailReason(), MCCommon::kITER_NO_VALID_CASE);
 }
 
-TEST(CaseDelivery, FailReasonIsSuccessBeforeDuringAndAfterAPassWithCases) {
-    Delivery run(DataSetBuilder().Numbers("x", {1}).Build(), {false});
+TEST(CaseDelivery, FailReasonIsSuccessAsLongAsThereIsMore) {
+    Delivery run(DataSetBuilder().Numbers("x", {1, 2}).Build(), {false});
+    EXPECT_EQ(run.fpIterator->GetFailReason(), MCCommon::kITER_SUCCESS) << "not asked yet";
+    run.fpIterator->Next();
     EXPECT_EQ(run.fpIterator->GetFailReason(), MCCommon::kITER_SUCCESS);
-    run.ReadAll();
+    run.fpIterator->Next();
+    EXPECT_EQ(run.fpIterator->GetFailReason(), MCCommon::kITER_NO_VALID_CASE);
     EXPECT_FALSE(run.fpIterator->HasMore());
-    EXPECT_EQ(run.fpIterator->GetFailReason(), MCCommon::kITER_SUCCESS);
 }
 
 TEST(CaseDelivery, AStringReadAsANumberIsMissing) {
