@@ -1,13 +1,68 @@
 #include "featureselect/FSAlgorithm.h"
 
-#include <ostream>
+#include <exception>
+#include <iostream>
+#include <sstream>
+#include <utility>
 
+#include "featureselect/FSArchives.h"
 #include "featureselect/FSDisplay.h"
+#include "featureselect/FSPredictorSetFields.h"
+#include "featureselect/FSVersion.h"
+
+namespace {
+
+std::unique_ptr<MCCommonXML::XMLDocType> SavedDocType() {
+    return MCCommonXML::XMLDocType::Create("MCXMLRoot", "savexml.dtd");
+}
+
+}  // namespace
 
 FSAlgorithm::FSAlgorithm(FSSettings& settings)
     : fpSettings(&settings),
       fCancelState(settings.GetCancelCheck()),
       fPredictorSet(settings, fCancelState) {}
+
+FSAlgorithm::FSAlgorithm(std::unique_ptr<FSSettings> ownSettings)
+    : fpOwnSettings(std::move(ownSettings)),
+      fpSettings(fpOwnSettings.get()),
+      fPredictorSet(*fpSettings, fCancelState) {}
+
+FSAlgorithm::FSAlgorithm(std::istream& stream) : FSAlgorithm(std::make_unique<FSSettings>()) {
+    Persistence::BinaryReader<MCFeature::IOException> reader(stream);
+    if (!Restore(reader)) fStatus = FSStatus::BinaryRestoreFailed();
+}
+
+FSAlgorithm::FSAlgorithm(MCCommonXML::XMLReader& document)
+    : FSAlgorithm(std::make_unique<FSSettings>()) {
+    // A reader that has failed fails at whatever is asked of it next, with that object's line.
+    static_cast<void>(document.ParseStartRoot(*SavedDocType()));
+    Persistence::XMLArchiveReader<MCFeature::IOException> reader(document);
+    if (!Restore(reader)) {
+        fStatus = FSStatus::XmlRestoreFailed();
+    } else if (!document.ParseEndRoot()) {
+        std::cerr << kSaved.FailureLine(true);
+        fStatus = FSStatus::XmlRestoreFailed();
+    }
+}
+
+template <class Archive>
+bool FSAlgorithm::Restore(Archive& archive) {
+    if (!archive.TryBegin(kSaved)) return false;
+    try {
+        Contents<FSAlgorithm> contents{*this};
+        archive.Items(contents);
+        archive.End();
+        return true;
+    } catch (const MCFeature::IOException* failure) {
+        delete failure;  // NOLINT(cppcoreguidelines-owning-memory): thrown by pointer
+    } catch (const std::exception&) {
+        // No memory for what did arrive, or a stream that throws.
+    }
+    // Intended: one line for both forms. ABrokenXMLStateNamesTheBinaryForm holds this.
+    std::cerr << "Error restoring from binary.\n";
+    return false;
+}
 
 // The frame of every step: work() runs unless an earlier step failed or the run is cancelled, and
 // its result is kept. A cancel found at either end empties the set.
@@ -24,7 +79,7 @@ FSStatus FSAlgorithm::Step(Work work) {
 }
 
 std::string FSAlgorithm::GetVersion() const {
-    return "Feature Selection Component Ver.1.0\nCopyright (c) 2026 The predselect authors";
+    return "Feature Selection Component Ver.1.0\n" + std::string(FSVersion::kCopyright);
 }
 
 FSStatus FSAlgorithm::AccumulateData(MCCommon::RecordIterator& records, std::int32_t maxRecords) {
@@ -169,6 +224,61 @@ FSStatus FSAlgorithm::GetBestPredictors(std::int32_t criterion, std::vector<std:
         result = FSStatus::FewerRemain(FSStatus::kWarning, remaining);
     }
     return result;
+}
+
+FSStatus FSAlgorithm::WriteOutputOne(std::ostream& stream, std::int32_t criterion, std::int32_t n) {
+    if (!fRanked) return FSStatus::NotRanked();
+    if (!MayWork()) return fCancelState.IsCancelled() ? FSStatus::Cancelled() : fStatus;
+    const bool isOn =
+        criterion >= 0 && criterion < FSCriterion::kCount && fpSettings->IsCriterionOn(criterion);
+    if (!isOn) return FSStatus::CriterionNotRequested();
+    FSStatus result = fPredictorSet.WriteOutputOne(stream, criterion, n);
+    const std::int32_t remaining = fPredictorSet.GetNumberOfRemaining();
+    if (result.IsOk() && n >= 1 && remaining < n) {
+        result = FSStatus::FewerRemain(FSStatus::kError, remaining);
+    }
+    return result;
+}
+
+FSStatus FSAlgorithm::WriteOutputAll(std::ostream& stream) {
+    if (!MayWork()) return fCancelState.IsCancelled() ? FSStatus::Cancelled() : fStatus;
+    return fPredictorSet.WriteOutputAll(stream);
+}
+
+// The frame of both saves.
+template <class Save>
+FSStatus FSAlgorithm::WriteState(Save save) {
+    if (!MayWork()) return fCancelState.IsCancelled() ? FSStatus::Cancelled() : fStatus;
+    save();
+    return fStatus;
+}
+
+FSStatus FSAlgorithm::SaveBinary(std::ostream& stream) {
+    return WriteState([&] { Persistence::SaveBinary(*this, stream); });
+}
+
+FSStatus FSAlgorithm::SaveXML(std::ostream& stream) {
+    return WriteState([&] {
+        const auto docType = SavedDocType();
+        MCCommonXML::StartRoot(stream, *docType, FSVersion::kCopyright);
+        Persistence::SaveXML(*this, stream, 0);
+        MCCommonXML::EndRoot(stream, *docType);
+    });
+}
+
+FSStatus FSAlgorithm::MergeFrom(const IFSAlgorithm& other) {
+    if (!MayWork()) return fCancelState.IsCancelled() ? FSStatus::Cancelled() : fStatus;
+    const auto* partition = dynamic_cast<const FSAlgorithm*>(&other);
+    if (partition == nullptr || partition->fStatus.IsError()) return FSStatus::NotMergeable();
+    // What is saved of the settings is all that a pass goes by.
+    std::ostringstream mine;
+    std::ostringstream theirs;
+    fpSettings->SaveBinary(mine);
+    partition->fpSettings->SaveBinary(theirs);
+    if (mine.str() != theirs.str() || !fPredictorSet.MergeFrom(partition->fPredictorSet)) {
+        return FSStatus::NotMergeable();
+    }
+    return FSStatus::Success();
 }
 
 void FSAlgorithm::Display(std::ostream& out) const {

@@ -1,7 +1,10 @@
 #ifndef PREDSEL_FEATURESELECT_FSALGORITHM_H
 #define PREDSEL_FEATURESELECT_FSALGORITHM_H
 
+#include <memory>
+
 #include "featureselect/FSCancelState.h"
+#include "featureselect/FSPersistence.h"
 #include "featureselect/FSPredictorSet.h"
 #include "featureselect/FSSettings.h"
 #include "featureselect/IFSAlgorithm.h"
@@ -13,6 +16,10 @@ class FSAlgorithm : public IFSAlgorithm {
     /// settings are borrowed from the caller and outlive the engine. Their predictors and criteria
     /// are fixed from now on.
     explicit FSAlgorithm(FSSettings& settings);
+    /// Restore a saved engine, with settings of its own. When that fails, lines on the error stream
+    /// and the status say so (80004 and 80005), and the engine is fit for its destruction only.
+    explicit FSAlgorithm(std::istream& stream);
+    explicit FSAlgorithm(MCCommonXML::XMLReader& document);
     FSAlgorithm(const FSAlgorithm&) = delete;
     FSAlgorithm& operator=(const FSAlgorithm&) = delete;
 
@@ -39,6 +46,10 @@ class FSAlgorithm : public IFSAlgorithm {
                         std::int32_t maxRecords) override;
     bool GetPredictorCriterion(std::int32_t criterion, std::int32_t predictor, double& first,
                                double& second, double& third, double& fourth) const override;
+    FSStatus WriteOutputOne(std::ostream& stream, std::int32_t criterion, std::int32_t n) override;
+    FSStatus WriteOutputAll(std::ostream& stream) override;
+    FSStatus SaveBinary(std::ostream& stream) override;
+    FSStatus SaveXML(std::ostream& stream) override;
     void Cancel() override { fCancelState.Cancel(); }
     void SetProgressListener(ProgressListener* listener) override;
     void SetCancelCheck(CancelCheck* check) override;
@@ -52,19 +63,43 @@ class FSAlgorithm : public IFSAlgorithm {
     bool IsRanked() const override { return fRanked; }
     void Display(std::ostream& out) const override;
 
+    FSStatus MergeFrom(const IFSAlgorithm& other) override;
+
+    static constexpr Persistence::SavedClass kSaved{
+        .fTag = "FSAlgorithm 1.00",
+        .fName = "FSAlgorithm 1.00",
+        .fBinaryFailure = "Error reading FSAlgorithm!\n",
+        .fXMLFailure = "Error reading FSAlgorithm!\n"};
     /// Needs FSPredictorSetFields.h where it meets an archive.
     template <class Self, class Archive>
     static void Fields(Self&& self, Archive& archive) {
-        archive("FSAlgorithm 1.00", "FSAlgorithm 1.00", *self.fpSettings, self.fPredictorSet,
-                self.fDataAccumulated, self.fRanked);
+        archive(kSaved, Contents<Self>{self});
     }
 
  private:
+    /// What is saved between the start and the end of the object.
+    template <class Self>
+    struct Contents {
+        Self& fAlgorithm;
+
+        template <class Part, class Archive>
+        static void Fields(Part&& part, Archive& archive) {
+            archive.Items(*part.fAlgorithm.fpSettings, part.fAlgorithm.fPredictorSet,
+                          part.fAlgorithm.fDataAccumulated, part.fAlgorithm.fRanked);
+        }
+    };
+
+    explicit FSAlgorithm(std::unique_ptr<FSSettings> ownSettings);
+    template <class Archive>
+    bool Restore(Archive& archive);
+    template <class Save>
+    FSStatus WriteState(Save save);
     template <class Work>
     FSStatus Step(Work work);
     bool MayWork() { return !fStatus.IsError() && !fCancelState.IsCancelled(); }
 
-    FSSettings* fpSettings;  // borrowed, see the constructor
+    std::unique_ptr<FSSettings> fpOwnSettings;  // only of a restored engine
+    FSSettings* fpSettings;                     // fpOwnSettings, or borrowed, see the constructor
     FSCancelState fCancelState;
     FSStatus fStatus;
     FSPredictorSet fPredictorSet;

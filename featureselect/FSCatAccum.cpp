@@ -1,5 +1,6 @@
 #include "featureselect/FSCatAccum.h"
 
+#include "featureselect/FSArchives.h"
 #include "featureselect/FSDisplay.h"
 #include "featureselect/FSTruncate.h"
 
@@ -30,4 +31,20 @@ void FSCatAccum::Display(std::ostream& out) const {
     out << "Case counts of predictor categories:\n";
     fPredCounts.Display(out);
     FSDisplay::End(out, "FSCatAccum");
+}
+
+std::int64_t FSCatAccum::SaveBinary(std::ostream& stream) const {
+    return Persistence::SaveBinary(*this, stream);
+}
+
+std::int64_t FSCatAccum::RestoreBinary(std::istream& stream) {
+    return FSArchives::RestoreBinary(*this, stream);
+}
+
+std::int64_t FSCatAccum::SaveXML(std::ostream& stream, std::int32_t level) const {
+    return Persistence::SaveXML(*this, stream, level);
+}
+
+std::int64_t FSCatAccum::RestoreXML(MCCommonXML::XMLReader& document) {
+    return FSArchives::RestoreXML(*this, document);
 }

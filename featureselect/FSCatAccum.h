@@ -18,10 +18,16 @@ class FSCatAccum : public FSCategoricalAccum {
 
     void MergeFrom(const FSCatAccum& other) { MergeCounts(other); }
 
+    std::int64_t SaveBinary(std::ostream& stream) const override;
+    std::int64_t RestoreBinary(std::istream& stream) override;
+    std::int64_t SaveXML(std::ostream& stream, std::int32_t level) const override;
+    std::int64_t RestoreXML(MCCommonXML::XMLReader& document) override;
+
+    static constexpr Persistence::SavedClass kSaved{"CAPRE", "FSCatAccum"};
     template <class Self, class Archive>
     static void Fields(Self&& self, Archive& archive) {
-        archive("CAPRE", "FSCatAccum", self.fProcessed, self.fMissing, self.fFirstCategory,
-                self.fConstant, self.fPredCounts);
+        archive(kSaved, self.fProcessed, self.fMissing, self.fFirstCategory, self.fConstant,
+                self.fPredCounts);
     }
 };
 

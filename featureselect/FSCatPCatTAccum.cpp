@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 
+#include "featureselect/FSArchives.h"
 #include "featureselect/FSCriterion.h"
 #include "featureselect/FSDisplay.h"
 #include "featureselect/FSDistributions.h"
@@ -165,4 +166,20 @@ void FSCatPCatTAccum::Display(std::ostream& out) const {
     out << "Case counts of pairs of predictor and target categories:\n";
     fPairCounts.Display(out);
     FSDisplay::End(out, "FSCatPCatTAccum");
+}
+
+std::int64_t FSCatPCatTAccum::SaveBinary(std::ostream& stream) const {
+    return Persistence::SaveBinary(*this, stream);
+}
+
+std::int64_t FSCatPCatTAccum::RestoreBinary(std::istream& stream) {
+    return FSArchives::RestoreBinary(*this, stream);
+}
+
+std::int64_t FSCatPCatTAccum::SaveXML(std::ostream& stream, std::int32_t level) const {
+    return Persistence::SaveXML(*this, stream, level);
+}
+
+std::int64_t FSCatPCatTAccum::RestoreXML(MCCommonXML::XMLReader& document) {
+    return FSArchives::RestoreXML(*this, document);
 }

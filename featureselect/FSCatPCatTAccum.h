@@ -23,10 +23,16 @@ class FSCatPCatTAccum : public FSCategoricalAccum {
     /// Adds the cases of a later partition; partition order counts for the first category.
     void MergeFrom(const FSCatPCatTAccum& other);
 
+    std::int64_t SaveBinary(std::ostream& stream) const override;
+    std::int64_t RestoreBinary(std::istream& stream) override;
+    std::int64_t SaveXML(std::ostream& stream, std::int32_t level) const override;
+    std::int64_t RestoreXML(MCCommonXML::XMLReader& document) override;
+
+    static constexpr Persistence::SavedClass kSaved{"CAPRA", "FSCatPCatTAccum"};
     template <class Self, class Archive>
     static void Fields(Self&& self, Archive& archive) {
-        archive("CAPRA", "FSCatPCatTAccum", self.fProcessed, self.fMissing, self.fFirstCategory,
-                self.fConstant, self.fPredCounts, self.fTargetCounts, self.fPairCounts);
+        archive(kSaved, self.fProcessed, self.fMissing, self.fFirstCategory, self.fConstant,
+                self.fPredCounts, self.fTargetCounts, self.fPairCounts);
     }
 
  private:

@@ -1,5 +1,6 @@
 #include "featureselect/FSCatPContTAccum.h"
 
+#include "featureselect/FSArchives.h"
 #include "featureselect/FSCriterion.h"
 #include "featureselect/FSDisplay.h"
 #include "featureselect/FSFTest.h"
@@ -64,4 +65,20 @@ void FSCatPContTAccum::Display(std::ostream& out) const {
     out << "Target statistics for predictor categories:\n";
     fTargetStats.Display(out);
     FSDisplay::End(out, "FSCatPContTAccum");
+}
+
+std::int64_t FSCatPContTAccum::SaveBinary(std::ostream& stream) const {
+    return Persistence::SaveBinary(*this, stream);
+}
+
+std::int64_t FSCatPContTAccum::RestoreBinary(std::istream& stream) {
+    return FSArchives::RestoreBinary(*this, stream);
+}
+
+std::int64_t FSCatPContTAccum::SaveXML(std::ostream& stream, std::int32_t level) const {
+    return Persistence::SaveXML(*this, stream, level);
+}
+
+std::int64_t FSCatPContTAccum::RestoreXML(MCCommonXML::XMLReader& document) {
+    return FSArchives::RestoreXML(*this, document);
 }

@@ -21,10 +21,16 @@ class FSCatPContTAccum : public FSCategoricalAccum {
     /// the first category.
     void MergeFrom(const FSCatPContTAccum& other);
 
+    std::int64_t SaveBinary(std::ostream& stream) const override;
+    std::int64_t RestoreBinary(std::istream& stream) override;
+    std::int64_t SaveXML(std::ostream& stream, std::int32_t level) const override;
+    std::int64_t RestoreXML(MCCommonXML::XMLReader& document) override;
+
+    static constexpr Persistence::SavedClass kSaved{"CAPCO", "FSCatPContTAccum"};
     template <class Self, class Archive>
     static void Fields(Self&& self, Archive& archive) {
-        archive("CAPCO", "FSCatPContTAccum", self.fProcessed, self.fMissing, self.fFirstCategory,
-                self.fConstant, self.fTargetMean, self.fPredCounts, self.fTargetStats);
+        archive(kSaved, self.fProcessed, self.fMissing, self.fFirstCategory, self.fConstant,
+                self.fTargetMean, self.fPredCounts, self.fTargetStats);
     }
 
  protected:

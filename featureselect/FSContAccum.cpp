@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "featureselect/FSArchives.h"
 #include "featureselect/FSDisplay.h"
 #include "featureselect/FSRunningMean.h"
 
@@ -60,4 +61,20 @@ void FSContAccum::Display(std::ostream& out) const {
     FSDisplay::Line(out, "Second moment = ", fSecondMoment);
     FSDisplay::Line(out, "Variance = ", fVariance);
     FSDisplay::End(out, "FSContAccum");
+}
+
+std::int64_t FSContAccum::SaveBinary(std::ostream& stream) const {
+    return Persistence::SaveBinary(*this, stream);
+}
+
+std::int64_t FSContAccum::RestoreBinary(std::istream& stream) {
+    return FSArchives::RestoreBinary(*this, stream);
+}
+
+std::int64_t FSContAccum::SaveXML(std::ostream& stream, std::int32_t level) const {
+    return Persistence::SaveXML(*this, stream, level);
+}
+
+std::int64_t FSContAccum::RestoreXML(MCCommonXML::XMLReader& document) {
+    return FSArchives::RestoreXML(*this, document);
 }

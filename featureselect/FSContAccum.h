@@ -21,10 +21,16 @@ class FSContAccum : public FSContinuousAccum {
     /// the first value.
     void MergeFrom(const FSContAccum& other);
 
+    std::int64_t SaveBinary(std::ostream& stream) const override;
+    std::int64_t RestoreBinary(std::istream& stream) override;
+    std::int64_t SaveXML(std::ostream& stream, std::int32_t level) const override;
+    std::int64_t RestoreXML(MCCommonXML::XMLReader& document) override;
+
+    static constexpr Persistence::SavedClass kSaved{"COPRE", "FSContAccum"};
     template <class Self, class Archive>
     static void Fields(Self&& self, Archive& archive) {
-        archive("COPRE", "FSContAccum", self.fProcessed, self.fMissing, self.fFirstValue,
-                self.fConstant, self.fMean, self.fSecondMoment, self.fVariance);
+        archive(kSaved, self.fProcessed, self.fMissing, self.fFirstValue, self.fConstant,
+                self.fMean, self.fSecondMoment, self.fVariance);
     }
 
  protected:

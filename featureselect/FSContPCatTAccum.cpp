@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "featureselect/FSArchives.h"
 #include "featureselect/FSCriterion.h"
 #include "featureselect/FSDisplay.h"
 #include "featureselect/FSFTest.h"
@@ -75,4 +76,20 @@ void FSContPCatTAccum::Display(std::ostream& out) const {
     out << "Predictor statistics for target categories:\n";
     fPredStats.Display(out);
     FSDisplay::End(out, "FSContPCatTAccum");
+}
+
+std::int64_t FSContPCatTAccum::SaveBinary(std::ostream& stream) const {
+    return Persistence::SaveBinary(*this, stream);
+}
+
+std::int64_t FSContPCatTAccum::RestoreBinary(std::istream& stream) {
+    return FSArchives::RestoreBinary(*this, stream);
+}
+
+std::int64_t FSContPCatTAccum::SaveXML(std::ostream& stream, std::int32_t level) const {
+    return Persistence::SaveXML(*this, stream, level);
+}
+
+std::int64_t FSContPCatTAccum::RestoreXML(MCCommonXML::XMLReader& document) {
+    return FSArchives::RestoreXML(*this, document);
 }

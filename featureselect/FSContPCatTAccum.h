@@ -22,10 +22,16 @@ class FSContPCatTAccum : public FSContinuousAccum {
     /// the first value.
     void MergeFrom(const FSContPCatTAccum& other);
 
+    std::int64_t SaveBinary(std::ostream& stream) const override;
+    std::int64_t RestoreBinary(std::istream& stream) override;
+    std::int64_t SaveXML(std::ostream& stream, std::int32_t level) const override;
+    std::int64_t RestoreXML(MCCommonXML::XMLReader& document) override;
+
+    static constexpr Persistence::SavedClass kSaved{"COPRA", "FSContPCatTAccum"};
     template <class Self, class Archive>
     static void Fields(Self&& self, Archive& archive) {
-        archive("COPRA", "FSContPCatTAccum", self.fProcessed, self.fMissing, self.fFirstValue,
-                self.fConstant, self.fMean, self.fPredStats);
+        archive(kSaved, self.fProcessed, self.fMissing, self.fFirstValue, self.fConstant,
+                self.fMean, self.fPredStats);
     }
 
  protected:

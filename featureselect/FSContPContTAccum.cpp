@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "featureselect/FSArchives.h"
 #include "featureselect/FSCriterion.h"
 #include "featureselect/FSDisplay.h"
 #include "featureselect/FSDistributions.h"
@@ -111,4 +112,20 @@ void FSContPContTAccum::Display(std::ostream& out) const {
     FSDisplay::Line(out, "Variance of the target = ", fTargetVariance);
     FSDisplay::Line(out, "Pearson correlation coefficient = ", fCorrelation);
     FSDisplay::End(out, "FSContPContTAccum");
+}
+
+std::int64_t FSContPContTAccum::SaveBinary(std::ostream& stream) const {
+    return Persistence::SaveBinary(*this, stream);
+}
+
+std::int64_t FSContPContTAccum::RestoreBinary(std::istream& stream) {
+    return FSArchives::RestoreBinary(*this, stream);
+}
+
+std::int64_t FSContPContTAccum::SaveXML(std::ostream& stream, std::int32_t level) const {
+    return Persistence::SaveXML(*this, stream, level);
+}
+
+std::int64_t FSContPContTAccum::RestoreXML(MCCommonXML::XMLReader& document) {
+    return FSArchives::RestoreXML(*this, document);
 }

@@ -24,12 +24,18 @@ class FSContPContTAccum : public FSContinuousAccum {
     /// the first value.
     void MergeFrom(const FSContPContTAccum& other);
 
+    std::int64_t SaveBinary(std::ostream& stream) const override;
+    std::int64_t RestoreBinary(std::istream& stream) override;
+    std::int64_t SaveXML(std::ostream& stream, std::int32_t level) const override;
+    std::int64_t RestoreXML(MCCommonXML::XMLReader& document) override;
+
     /// What FinishData derives is not saved.
+    static constexpr Persistence::SavedClass kSaved{"COPCO", "FSContPContTAccum"};
     template <class Self, class Archive>
     static void Fields(Self&& self, Archive& archive) {
-        archive("COPCO", "FSContPContTAccum", self.fProcessed, self.fMissing, self.fFirstValue,
-                self.fConstant, self.fPredMean, self.fPredSecondMoment, self.fTargetMean,
-                self.fTargetSecondMoment, self.fCrossProduct);
+        archive(kSaved, self.fProcessed, self.fMissing, self.fFirstValue, self.fConstant,
+                self.fPredMean, self.fPredSecondMoment, self.fTargetMean, self.fTargetSecondMoment,
+                self.fCrossProduct);
     }
 
  protected:

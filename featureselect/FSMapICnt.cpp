@@ -1,5 +1,6 @@
 #include "featureselect/FSMapICnt.h"
 
+#include "featureselect/FSArchives.h"
 #include "featureselect/FSDisplay.h"
 
 bool FSMapICnt::Add(std::int32_t key, double weight) {
@@ -28,4 +29,20 @@ void FSMapICnt::Display(std::ostream& out) const {
         out << "Key = " << entry.fKey << ", Value = " << entry.fWeight << '\n';
     }
     FSDisplay::End(out, "FSMapICnt");
+}
+
+std::int64_t FSMapICnt::SaveBinary(std::ostream& stream) const {
+    return Persistence::SaveBinary(*this, stream);
+}
+
+std::int64_t FSMapICnt::RestoreBinary(std::istream& stream) {
+    return FSArchives::RestoreBinary(*this, stream);
+}
+
+std::int64_t FSMapICnt::SaveXML(std::ostream& stream, std::int32_t level) const {
+    return Persistence::SaveXML(*this, stream, level);
+}
+
+std::int64_t FSMapICnt::RestoreXML(MCCommonXML::XMLReader& document) {
+    return FSArchives::RestoreXML(*this, document);
 }

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <ostream>
 
+#include "featureselect/FSPersistence.h"
 #include "featureselect/FSSortedEntries.h"
 
 struct FSMapICntEntry {
@@ -27,9 +28,16 @@ class FSMapICnt : public FSSortedEntries<FSMapICntEntry> {
     void MergeFrom(const FSMapICnt& other);
     void Display(std::ostream& out) const;
 
+    std::int64_t SaveBinary(std::ostream& stream) const;
+    std::int64_t RestoreBinary(std::istream& stream);
+    std::int64_t SaveXML(std::ostream& stream, std::int32_t level) const;
+    std::int64_t RestoreXML(MCCommonXML::XMLReader& document);
+
+    static constexpr Persistence::SavedClass kSaved{
+        .fTag = "FSMII", .fName = "FSMapICnt", .fMinLevel = 3};
     template <class Self, class Archive>
     static void Fields(Self&& self, Archive& archive) {
-        archive("FSMII", "FSMapICnt", self.fvEntries);
+        archive(kSaved, self.fvEntries);
     }
 };
 

@@ -1,5 +1,6 @@
 #include "featureselect/FSMapIPCnt.h"
 
+#include "featureselect/FSArchives.h"
 #include "featureselect/FSDisplay.h"
 
 bool FSMapIPCnt::Add(std::int32_t key, double weight) {
@@ -21,7 +22,9 @@ bool FSMapIPCnt::Find(std::int32_t key, std::int32_t& count, double& weight) con
 
 void FSMapIPCnt::MergeFrom(const FSMapIPCnt& other) {
     MergeEntries(other, [](FSMapIPCntEntry& mine, const FSMapIPCntEntry& theirs) {
-        mine.fCount += theirs.fCount;
+        // Counts of a broken state may not fit; FSPredictorSet merges only what does.
+        mine.fCount = static_cast<std::int32_t>(static_cast<std::uint32_t>(mine.fCount) +
+                                                static_cast<std::uint32_t>(theirs.fCount));
         mine.fWeight += theirs.fWeight;
     });
 }
@@ -34,4 +37,20 @@ void FSMapIPCnt::Display(std::ostream& out) const {
             << ")\n";
     }
     FSDisplay::End(out, "FSMapIPCnt");
+}
+
+std::int64_t FSMapIPCnt::SaveBinary(std::ostream& stream) const {
+    return Persistence::SaveBinary(*this, stream);
+}
+
+std::int64_t FSMapIPCnt::RestoreBinary(std::istream& stream) {
+    return FSArchives::RestoreBinary(*this, stream);
+}
+
+std::int64_t FSMapIPCnt::SaveXML(std::ostream& stream, std::int32_t level) const {
+    return Persistence::SaveXML(*this, stream, level);
+}
+
+std::int64_t FSMapIPCnt::RestoreXML(MCCommonXML::XMLReader& document) {
+    return FSArchives::RestoreXML(*this, document);
 }

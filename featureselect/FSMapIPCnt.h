@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <ostream>
 
-#include "featureselect/FSFields.h"
+#include "featureselect/FSPersistence.h"
 #include "featureselect/FSSortedEntries.h"
 
 struct FSMapIPCntEntry {
@@ -15,7 +15,7 @@ struct FSMapIPCntEntry {
     // The published layout aligns the weight to 8 bytes within count and weight.
     template <class Self, class Archive>
     static void Fields(Self&& self, Archive& archive) {
-        archive.Items(self.fKey, self.fCount, FSPadding{4}, self.fWeight);
+        archive.Items(self.fKey, self.fCount, Persistence::Padding{4}, self.fWeight);
     }
 };
 
@@ -30,10 +30,17 @@ class FSMapIPCnt : public FSSortedEntries<FSMapIPCntEntry> {
     void MergeFrom(const FSMapIPCnt& other);
     void Display(std::ostream& out) const;
 
+    std::int64_t SaveBinary(std::ostream& stream) const;
+    std::int64_t RestoreBinary(std::istream& stream);
+    std::int64_t SaveXML(std::ostream& stream, std::int32_t level) const;
+    std::int64_t RestoreXML(MCCommonXML::XMLReader& document);
+
     // Intended: the tag is that of FSMapICnt, only the position in a saved state tells them apart.
+    static constexpr Persistence::SavedClass kSaved{
+        .fTag = "FSMII", .fName = "FSMapIPCnt", .fMinLevel = 3};
     template <class Self, class Archive>
     static void Fields(Self&& self, Archive& archive) {
-        archive("FSMII", "FSMapIPCnt", self.fvEntries);
+        archive(kSaved, self.fvEntries);
     }
 };
 

@@ -1,5 +1,6 @@
 #include "featureselect/FSMapIStat.h"
 
+#include "featureselect/FSArchives.h"
 #include "featureselect/FSDisplay.h"
 #include "featureselect/FSRunningMean.h"
 
@@ -52,4 +53,20 @@ void FSMapIStat::Display(std::ostream& out) const {
             << ", " << entry.fSecondMoment << ", " << entry.fVariance << ")\n";
     }
     FSDisplay::End(out, "FSMapIStat");
+}
+
+std::int64_t FSMapIStat::SaveBinary(std::ostream& stream) const {
+    return Persistence::SaveBinary(*this, stream);
+}
+
+std::int64_t FSMapIStat::RestoreBinary(std::istream& stream) {
+    return FSArchives::RestoreBinary(*this, stream);
+}
+
+std::int64_t FSMapIStat::SaveXML(std::ostream& stream, std::int32_t level) const {
+    return Persistence::SaveXML(*this, stream, level);
+}
+
+std::int64_t FSMapIStat::RestoreXML(MCCommonXML::XMLReader& document) {
+    return FSArchives::RestoreXML(*this, document);
 }

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <ostream>
 
+#include "featureselect/FSPersistence.h"
 #include "featureselect/FSSortedEntries.h"
 
 struct FSMapIStatEntry {
@@ -35,9 +36,16 @@ class FSMapIStat : public FSSortedEntries<FSMapIStatEntry> {
     void FinishVariances();
     void Display(std::ostream& out) const;
 
+    std::int64_t SaveBinary(std::ostream& stream) const;
+    std::int64_t RestoreBinary(std::istream& stream);
+    std::int64_t SaveXML(std::ostream& stream, std::int32_t level) const;
+    std::int64_t RestoreXML(MCCommonXML::XMLReader& document);
+
+    static constexpr Persistence::SavedClass kSaved{
+        .fTag = "FSMIS", .fName = "FSMapIStat", .fMinLevel = 3};
     template <class Self, class Archive>
     static void Fields(Self&& self, Archive& archive) {
-        archive("FSMIS", "FSMapIStat", self.fvEntries);
+        archive(kSaved, self.fvEntries);
     }
 };
 

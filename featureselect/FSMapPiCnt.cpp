@@ -1,5 +1,6 @@
 #include "featureselect/FSMapPiCnt.h"
 
+#include "featureselect/FSArchives.h"
 #include "featureselect/FSDisplay.h"
 
 bool FSMapPiCnt::Add(FSCategoryPair key, double weight) {
@@ -29,4 +30,20 @@ void FSMapPiCnt::Display(std::ostream& out) const {
             << ") Value = " << entry.fWeight << '\n';
     }
     FSDisplay::End(out, "FSMapPiCnt");
+}
+
+std::int64_t FSMapPiCnt::SaveBinary(std::ostream& stream) const {
+    return Persistence::SaveBinary(*this, stream);
+}
+
+std::int64_t FSMapPiCnt::RestoreBinary(std::istream& stream) {
+    return FSArchives::RestoreBinary(*this, stream);
+}
+
+std::int64_t FSMapPiCnt::SaveXML(std::ostream& stream, std::int32_t level) const {
+    return Persistence::SaveXML(*this, stream, level);
+}
+
+std::int64_t FSMapPiCnt::RestoreXML(MCCommonXML::XMLReader& document) {
+    return FSArchives::RestoreXML(*this, document);
 }

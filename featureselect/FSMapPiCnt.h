@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <ostream>
 
+#include "featureselect/FSPersistence.h"
 #include "featureselect/FSSortedEntries.h"
 
 /// A cell of a crosstab. Ordered by the predictor's category, then the target's.
@@ -37,9 +38,16 @@ class FSMapPiCnt : public FSSortedEntries<FSMapPiCntEntry> {
     void MergeFrom(const FSMapPiCnt& other);
     void Display(std::ostream& out) const;
 
+    std::int64_t SaveBinary(std::ostream& stream) const;
+    std::int64_t RestoreBinary(std::istream& stream);
+    std::int64_t SaveXML(std::ostream& stream, std::int32_t level) const;
+    std::int64_t RestoreXML(MCCommonXML::XMLReader& document);
+
+    static constexpr Persistence::SavedClass kSaved{
+        .fTag = "FSMPI", .fName = "FSMapPiCnt", .fMinLevel = 3};
     template <class Self, class Archive>
     static void Fields(Self&& self, Archive& archive) {
-        archive("FSMPI", "FSMapPiCnt", self.fvEntries);
+        archive(kSaved, self.fvEntries);
     }
 };
 

@@ -3,6 +3,7 @@
 #include <ostream>
 #include <string_view>
 
+#include "featureselect/FSArchives.h"
 #include "featureselect/FSCriterion.h"
 #include "featureselect/FSDisplay.h"
 
@@ -26,4 +27,20 @@ void FSPredSort::Display(std::ostream& out) const {
     FSDisplay::Line(out, "1st tie-breaking value = ", fTieBreak1);
     FSDisplay::Line(out, "2nd tie-breaking value = ", fTieBreak2);
     FSDisplay::End(out, "FSPredSort");
+}
+
+std::int64_t FSPredSort::SaveBinary(std::ostream& stream) const {
+    return Persistence::SaveBinary(*this, stream);
+}
+
+std::int64_t FSPredSort::RestoreBinary(std::istream& stream) {
+    return FSArchives::RestoreBinary(*this, stream);
+}
+
+std::int64_t FSPredSort::SaveXML(std::ostream& stream, std::int32_t level) const {
+    return Persistence::SaveXML(*this, stream, level);
+}
+
+std::int64_t FSPredSort::RestoreXML(MCCommonXML::XMLReader& document) {
+    return FSArchives::RestoreXML(*this, document);
 }

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <iosfwd>
 
+#include "featureselect/FSPersistence.h"
 #include "host/Records.h"
 
 /// What one criterion says of one predictor, as the sort sees it.
@@ -22,9 +23,15 @@ struct FSPredSort {
 
     void Display(std::ostream& out) const;
 
+    std::int64_t SaveBinary(std::ostream& stream) const;
+    std::int64_t RestoreBinary(std::istream& stream);
+    std::int64_t SaveXML(std::ostream& stream, std::int32_t level) const;
+    std::int64_t RestoreXML(MCCommonXML::XMLReader& document);
+
+    static constexpr Persistence::SavedClass kSaved{"FSPRS", "FSPredSort"};
     template <class Self, class Archive>
     static void Fields(Self&& self, Archive& archive) {
-        archive("FSPRS", "FSPredSort", self.fCriterion, self.fTieBreak1, self.fTieBreak2,
+        archive(kSaved, self.fCriterion, self.fTieBreak1, self.fTieBreak2,
                 self.fPredictor);  // 33 bytes
     }
 };

@@ -11,12 +11,17 @@
 #include "featureselect/FSCancelState.h"
 #include "featureselect/FSCriterion.h"
 #include "featureselect/FSMapIPCnt.h"
+#include "featureselect/FSPersistence.h"
 #include "featureselect/FSPredSort.h"
 #include "featureselect/FSStatus.h"
 #include "featureselect/IFSPredTargetAccum.h"
 #include "host/Records.h"
 
 class FSSettings;
+
+namespace MCCommonXML {
+class XMLElement;
+}
 
 /// The working store of one selection run: one accumulator per predictor, fed by a single pass over
 /// the records; then the screening verdicts; then, per criterion, values, order and ranks.
@@ -135,6 +140,26 @@ class FSPredictorSet {
 
     void Display(std::ostream& out) const;
 
+    // --- Reports (FSPredictorSetReports.cpp) ---
+
+    /// The XML report of one criterion: the predictors in its order, the n best ones or, for n = 0,
+    /// as many as were sorted. 1 cancelled, 6 not ranked yet; then nothing is written. Errors of
+    /// the stream show in its state.
+    FSStatus WriteOutputOne(std::ostream& stream, std::int32_t criterion, std::int32_t n) const;
+    /// The XML report of the screening and, once ranked, of every criterion of every remaining
+    /// predictor. 1 cancelled, 6 not screened yet.
+    FSStatus WriteOutputAll(std::ostream& stream) const;
+
+    // --- Saved state (FSPredictorSetIO.cpp) ---
+
+    /// See FSPersistence.h. A restore goes by the settings that the set was made with: they must
+    /// have as many predictors.
+    std::int64_t SaveBinary(std::ostream& stream) const;
+    std::int64_t RestoreBinary(std::istream& stream);
+    std::int64_t SaveXML(std::ostream& stream, std::int32_t level) const;
+    std::int64_t RestoreXML(MCCommonXML::XMLReader& document);
+
+    static constexpr Persistence::SavedClass kSaved{"PRSET", "FSPredictorSet"};
     /// In FSPredictorSetFields.h.
     template <class Self, class Archive>
     static void Fields(Self&& self, Archive& archive);
@@ -172,6 +197,19 @@ class FSPredictorSet {
     std::size_t ResultSlot(std::int32_t criterion) const;
     static bool IsCriterion(std::int32_t criterion);
     const IFSPredTargetAccum* AccumOf(std::int32_t predictor) const;
+    std::int32_t RankOf(std::int32_t criterion, std::int32_t predictor) const;
+    std::unique_ptr<MCCommonXML::XMLElement> StartReport(std::string_view rootName) const;
+    void AddTarget(MCCommonXML::XMLElement& root) const;
+    MCCommonXML::XMLElement& AddPredictor(MCCommonXML::XMLElement& parent, std::string_view name,
+                                          std::int32_t predictor) const;
+    void AddExcluded(MCCommonXML::XMLElement& root) const;
+    void AddCriteria(MCCommonXML::XMLElement& root) const;
+    void AddCriteriaAndRanks(MCCommonXML::XMLElement& element, std::int32_t predictor) const;
+    void AddCriterionAndRank(MCCommonXML::XMLElement& element, std::int32_t criterion,
+                             std::int32_t predictor) const;
+    void AddSharedTest(MCCommonXML::XMLElement& element, std::int32_t criterion,
+                       std::int32_t predictor) const;
+    bool HoldsTogether() const;
 
     const FSSettings* fpSettings;  // borrowed, see the constructor
     FSCancelState* fpCancel;       // likewise

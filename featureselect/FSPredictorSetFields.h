@@ -9,7 +9,6 @@
 #include <type_traits>
 
 #include "featureselect/FSAccumKind.h"
-#include "featureselect/FSFields.h"
 #include "featureselect/FSPredictorSet.h"
 
 namespace FSPredictorSetParts {
@@ -24,7 +23,10 @@ struct Accum {
     static void Fields(Self&& self, Archive& archive) {
         std::int32_t kind = FSAccumKind::Of(self.fpAccum.get());
         archive.Items(kind);
-        if constexpr (Archive::kRestores) self.fpAccum = FSAccumKind::Make(kind);
+        if constexpr (Archive::kRestores) {
+            self.fpAccum = FSAccumKind::Make(kind);
+            archive.Require(kind == FSAccumKind::kDeleted || self.fpAccum != nullptr);
+        }
         FSAccumKind::WithClass(kind, [&](auto type) {
             using Class = typename decltype(type)::type;
             using Access = std::conditional_t<Archive::kRestores, Class, const Class>;
@@ -77,15 +79,17 @@ void FSPredictorSet::Fields(Self&& self, Archive& archive) {
     std::int32_t deleted = self.GetNumberOfDeleted();
     FSPredictorSetParts::Accums accums{self.fvpAccum};
     FSPredictorSetParts::TargetAccum target{self.fpTargetAccum};
-    archive("PRSET", "FSPredictorSet", self.fNumPredictors, self.fNumBestSorted, self.fElapsed,
-            self.fPredSetType, self.fStatus, self.fMemoryAllocated, self.fDataPassCompleted,
-            self.fNoValidData, self.fNoValidWeight, self.fWeightedValid, self.fWeightedExcluded,
-            self.fUnweightedValid, self.fUnweightedExcluded, deleted,
-            FSElements{deleted, self.fvDeletedIndices}, FSElements{deleted, self.fvDeletionReasons},
-            accums, target, self.fvpSort[0], self.fvpSort[1], self.fvpSort[2], self.fvpSort[3],
-            self.fvpSort[4], self.fvpSort[5], self.fvRanks[0], self.fvRanks[1], self.fvRanks[2],
-            self.fvRanks[3], self.fvRanks[4], self.fvRanks[5], self.fvValues[0], self.fvValues[1],
-            self.fvValues[2], self.fvValues[3], self.fvValues[4], self.fvValues[5]);
+    archive(kSaved, self.fNumPredictors, self.fNumBestSorted, self.fElapsed, self.fPredSetType,
+            self.fStatus, self.fMemoryAllocated, self.fDataPassCompleted, self.fNoValidData,
+            self.fNoValidWeight, self.fWeightedValid, self.fWeightedExcluded, self.fUnweightedValid,
+            self.fUnweightedExcluded, deleted,
+            Persistence::Elements{deleted, self.fvDeletedIndices},
+            Persistence::Elements{deleted, self.fvDeletionReasons}, accums, target, self.fvpSort[0],
+            self.fvpSort[1], self.fvpSort[2], self.fvpSort[3], self.fvpSort[4], self.fvpSort[5],
+            self.fvRanks[0], self.fvRanks[1], self.fvRanks[2], self.fvRanks[3], self.fvRanks[4],
+            self.fvRanks[5], self.fvValues[0], self.fvValues[1], self.fvValues[2], self.fvValues[3],
+            self.fvValues[4], self.fvValues[5],
+            Persistence::Check{[&self] { return self.HoldsTogether(); }});
 }
 
 #endif  // PREDSEL_FEATURESELECT_FSPREDICTORSETFIELDS_H

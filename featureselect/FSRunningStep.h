@@ -21,8 +21,12 @@ class FSRunningStep {
     /// One more unit is done. Every (skip + 1)th call is reported, with records and predictors as
     /// the numbers done and -1 for the one that the step doesn't count.
     void Done(std::int32_t records, std::int32_t predictors) {
-        if (fpListener == nullptr || fCountdown-- > 0) return;
-        Report(records, predictors);
+        if (fpListener == nullptr) return;
+        if (fCountdown > 0) {
+            --fCountdown;
+        } else {
+            Report(records, predictors);
+        }
     }
 
  private:

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "featureselect/FSArchives.h"
 #include "featureselect/FSDisplay.h"
 
 namespace {
@@ -304,4 +305,20 @@ void FSSettings::Display(std::ostream& out) const {
     FSDisplay::Line(out, "Minimum standard deviation = ", fMinStdDev);
     DisplayRule(out, "too small standard deviation", fDeleteSmallStdDev);
     FSDisplay::End(out, "FSSettings");
+}
+
+std::int64_t FSSettings::SaveBinary(std::ostream& stream) const {
+    return Persistence::SaveBinary(*this, stream);
+}
+
+std::int64_t FSSettings::RestoreBinary(std::istream& stream) {
+    return FSArchives::RestoreBinary(*this, stream);
+}
+
+std::int64_t FSSettings::SaveXML(std::ostream& stream, std::int32_t level) const {
+    return Persistence::SaveXML(*this, stream, level);
+}
+
+std::int64_t FSSettings::RestoreXML(MCCommonXML::XMLReader& document) {
+    return FSArchives::RestoreXML(*this, document);
 }

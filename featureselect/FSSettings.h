@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "featureselect/FSCriterion.h"
-#include "featureselect/FSFields.h"
+#include "featureselect/FSPersistence.h"
 #include "host/Progress.h"
 
 /// What a screening run is to do: the predictors and their kinds, the columns of a record, the
@@ -123,19 +123,28 @@ class FSSettings {
     /// "All categorical" and so on; "Unrecognized" for any number that is no known type.
     static std::string_view PredSetTypeText(std::int32_t type);
 
+    std::int64_t SaveBinary(std::ostream& stream) const;
+    std::int64_t RestoreBinary(std::istream& stream);
+    std::int64_t SaveXML(std::ostream& stream, std::int32_t level) const;
+    std::int64_t RestoreXML(MCCommonXML::XMLReader& document);
+
     /// The hooks are not saved: they belong to one run.
+    static constexpr Persistence::SavedClass kSaved{"FSSet", "FSSettings"};
     template <class Self, class Archive>
     static void Fields(Self&& self, Archive& archive) {
-        archive("FSSet", "FSSettings", self.fNumPredictors,
-                FSElements{self.fNumPredictors, self.fvPredIsCategorical}, self.fNumCategorical,
-                self.fPredSetType, self.fTargetIsCategorical,
-                FSElements{FSCriterion::kCount, self.fvCriteria}, self.fRecordsToSkip,
+        archive(kSaved, self.fNumPredictors,
+                Persistence::Elements{self.fNumPredictors, self.fvPredIsCategorical},
+                self.fNumCategorical, self.fPredSetType, self.fTargetIsCategorical,
+                Persistence::Elements{FSCriterion::kCount, self.fvCriteria}, self.fRecordsToSkip,
                 self.fPredictorsToSkip, self.fTransactions, self.fTargetPosition,
                 self.fCaseIdPosition, self.fWeightPosition, self.fWeightConversion,
                 self.fMaxMissing, self.fDeleteManyMissing, self.fMaxSingleCategory,
                 self.fDeleteManyConst, self.fMaxCategories, self.fDeleteManyCategs,
                 self.fMaxOneCaseCategories, self.fDeleteManyCategsOneCase, self.fMinCoefVar,
-                self.fDeleteSmallVar, self.fMinStdDev, self.fDeleteSmallStdDev);
+                self.fDeleteSmallVar, self.fMinStdDev, self.fDeleteSmallStdDev,
+                Persistence::Check{[&self] {
+                    return self.fNumCategorical >= 0 && self.fNumCategorical <= self.fNumPredictors;
+                }});
     }
 
  private:

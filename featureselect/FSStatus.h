@@ -59,6 +59,10 @@ struct [[nodiscard]] FSStatus {
     /// 80013. No record with a weight above 0; a warning in a pass without target.
     static FSStatus NoValidWeight(std::int16_t severity = kError) { return Make(80013, severity); }
 
+    /// 80014, error. The other engine has not read a partition of the same data under the same
+    /// settings, or either is past its data pass.
+    static FSStatus NotMergeable() { return Make(80014, kError); }
+
  private:
     static FSStatus Make(std::uint32_t code, std::int16_t severity,
                          std::array<std::int32_t, 3> integers = {}) {

@@ -84,6 +84,20 @@ class IFSAlgorithm {
                                        double& first, double& second, double& third,
                                        double& fourth) const = 0;
 
+    /// XML report of one criterion (FSOutputOne): the n best predictors in its order; 0: as many as
+    /// were sorted. 1 cancelled, 6 not ranked yet, 80006 criterion wasn't asked for, and error
+    /// 80012 behind a report that fewer than n predictors remain for.
+    virtual FSStatus WriteOutputOne(std::ostream& stream, std::int32_t criterion,
+                                    std::int32_t n) = 0;
+    /// XML report of the screening and of all criteria (FSOutputAll). 1 cancelled, 6 not screened
+    /// yet.
+    virtual FSStatus WriteOutputAll(std::ostream& stream) = 0;
+    /// The whole state, for FSFactory::CreateFromBinary and CreateFromXML. Writes nothing after an
+    /// error or a cancel (1), which is the result; else the result is the status of the last step.
+    /// These four operations leave that status alone, and errors of the stream to its state.
+    virtual FSStatus SaveBinary(std::ostream& stream) = 0;
+    virtual FSStatus SaveXML(std::ostream& stream) = 0;
+
     virtual void Cancel() = 0;
     /// listener and check are borrowed and may be null.
     virtual void SetProgressListener(ProgressListener* listener) = 0;
@@ -105,6 +119,11 @@ class IFSAlgorithm {
     virtual bool IsDataAccumulated() const = 0;
     virtual bool IsRanked() const = 0;
     virtual void Display(std::ostream& out) const = 0;
+
+    /// Adds the cases of a later partition, which other has read under equal settings; between
+    /// AccumulateData and the next step. Counts are exact, moments equal one pass to rounding.
+    /// 80014, and nothing changed, when the two don't fit or are past that point.
+    virtual FSStatus MergeFrom(const IFSAlgorithm& other) = 0;
 };
 
 #endif  // PREDSEL_FEATURESELECT_IFSALGORITHM_H

@@ -5,6 +5,7 @@
 #include <ostream>
 #include <vector>
 
+#include "featureselect/FSPersistence.h"
 #include "host/Records.h"
 
 class FSSettings;
@@ -60,6 +61,13 @@ class IFSPredTargetAccum {
     virtual bool IsCategorical() const = 0;
     /// Debugging text.
     virtual void Display(std::ostream& out) const = 0;
+
+    // See FSPersistence.h. What the pass derives at its end and the number of valid values of a
+    // categorical predictor are not saved, and read as in an empty accumulator after a restore.
+    virtual std::int64_t SaveBinary(std::ostream& stream) const = 0;
+    virtual std::int64_t RestoreBinary(std::istream& stream) = 0;
+    virtual std::int64_t SaveXML(std::ostream& stream, std::int32_t level) const = 0;
+    virtual std::int64_t RestoreXML(MCCommonXML::XMLReader& document) = 0;
 
  protected:
     template <class... Outputs>

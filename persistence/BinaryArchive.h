@@ -70,11 +70,20 @@ class BinaryReader : public FieldWalker<BinaryReader<Exception>, true, false> {
     std::int64_t Count() const { return fCount; }
 
     void Begin(const SavedClass& saved) {
-        fvpOpen.push_back(&saved);
+        if (!TryBegin(saved))
+            throw new Exception;  // NOLINT(misc-throw-by-value-catch-by-reference)
+    }
+    /// For an outermost object whose wrong tag is no exception: false, after its line on the error
+    /// stream. After true, the items and End() are the caller's.
+    bool TryBegin(const SavedClass& saved) {
         std::string tag(saved.fTag.size(), '\0');
-        Read(tag.data(), tag.size());
-        this->Require(
-            tag.compare(0, saved.fTagCompared, saved.fTag.substr(0, saved.fTagCompared)) == 0);
+        if (!TryRead(tag.data(), tag.size()) ||
+            tag.compare(0, saved.fTagCompared, saved.fTag.substr(0, saved.fTagCompared)) != 0) {
+            std::cerr << saved.FailureLine(false);
+            return false;
+        }
+        fvpOpen.push_back(&saved);
+        return true;
     }
     void End() { fvpOpen.pop_back(); }
     template <class T>
@@ -112,11 +121,12 @@ class BinaryReader : public FieldWalker<BinaryReader<Exception>, true, false> {
     }
 
  private:
-    void Read(void* data, std::size_t size) {
+    bool TryRead(void* data, std::size_t size) {
         fStream.read(static_cast<char*>(data), static_cast<std::streamsize>(size));
         fCount += static_cast<std::int64_t>(fStream.gcount());
-        this->Require(fStream.good());
+        return fStream.good();
     }
+    void Read(void* data, std::size_t size) { this->Require(TryRead(data, size)); }
 
     std::istream& fStream;
     std::int64_t fCount = 0;

@@ -40,6 +40,8 @@ struct SavedClass {
     std::string_view fBinaryFailure = {};
     std::string_view fXMLFailure = {};
     std::size_t fTagCompared = std::string_view::npos;  // so many characters of the tag must match
+    std::int32_t fMinLevel = 0;                         // XML is indented at least so deep
+    bool fbXMLFailureOnOutput = false;                  // fXMLFailure goes to standard output
 
     std::string FailureLine(bool xml) const {
         const std::string_view line = xml ? fXMLFailure : fBinaryFailure;
@@ -61,6 +63,20 @@ Elements(const std::int32_t&, Vector&) -> Elements<Vector>;
 struct Padding {
     std::int32_t fBytes;
 };
+
+/// What must be true of the items before it; a restore fails when it is not. Use it where the
+/// object would not be safe to use otherwise.
+template <class Condition>
+struct Check {
+    Condition fHolds;
+
+    template <class Self, class Archive>
+    static void Fields(Self&& self, Archive& archive) {
+        if constexpr (std::remove_cvref_t<Archive>::kRestores) archive.Require(self.fHolds());
+    }
+};
+template <class Condition>
+Check(Condition) -> Check<Condition>;
 
 template <class T, class Archive>
 concept HasFields =

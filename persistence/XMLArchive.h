@@ -5,6 +5,7 @@
 // sub-elements in the order of the binary form, without tags. A bool is an Int, an unsigned number
 // a Long.
 
+#include <algorithm>
 #include <cstdint>
 #include <iostream>
 #include <ostream>
@@ -26,7 +27,8 @@ class XMLWriter : public FieldWalker<XMLWriter, false, true> {
     std::int64_t Count() const { return fCount; }
 
     void Begin(const SavedClass& saved) {
-        fvOpen.emplace_back(saved.fName, fLevel + static_cast<std::int32_t>(fvOpen.size()));
+        const std::int32_t level = fLevel + static_cast<std::int32_t>(fvOpen.size());
+        fvOpen.emplace_back(saved.fName, std::max(level, saved.fMinLevel));
         fvOpen.back().StartObj(fStream);
         ++fCount;
     }
@@ -64,9 +66,18 @@ class XMLArchiveReader : public FieldWalker<XMLArchiveReader<Exception>, true, t
     std::int64_t Count() const { return fCount; }
 
     void Begin(const SavedClass& saved) {
+        if (!TryBegin(saved))
+            throw new Exception;  // NOLINT(misc-throw-by-value-catch-by-reference)
+    }
+    /// As BinaryReader::TryBegin.
+    bool TryBegin(const SavedClass& saved) {
+        if (!fDocument.ParseStartObj(saved.fName)) {
+            PrintLine(saved);
+            return false;
+        }
         fvpOpen.push_back(&saved);
-        this->Require(fDocument.ParseStartObj(saved.fName));
         ++fCount;
+        return true;
     }
     void End() {
         this->Require(fDocument.ParseEndObj());
@@ -84,11 +95,15 @@ class XMLArchiveReader : public FieldWalker<XMLArchiveReader<Exception>, true, t
     void Skip(std::int32_t) {}
 
     [[noreturn]] void Fail() {
-        if (!fvpOpen.empty()) std::cerr << fvpOpen.back()->FailureLine(true);
+        if (!fvpOpen.empty()) PrintLine(*fvpOpen.back());
         throw new Exception;  // NOLINT(misc-throw-by-value-catch-by-reference): the scheme's way
     }
 
  private:
+    static void PrintLine(const SavedClass& saved) {
+        (saved.fbXMLFailureOnOutput ? std::cout : std::cerr) << saved.FailureLine(true);
+    }
+
     template <class T>
     void Parse(T& value) {
         this->Require(fDocument.ParseValue(value));
