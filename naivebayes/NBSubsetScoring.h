@@ -22,10 +22,8 @@ class NBSubsetScoring {
     /// Copies the probabilities. A predictor is named by its position in inputs, its table index.
     NBSubsetScoring(const std::vector<NBayesInput>& inputs, const NBayesOutput& output);
 
-    /// Whether a code names a category: neither missing nor unknown.
-    static bool IsValid(double code) {
-        return code != MCMV::gMissingValue && (code > -1.0 || code <= -2.0);
-    }
+    /// Whether a code names a category: neither missing nor unknown, which is -1.
+    static bool IsValid(double code) { return code > -1.0; }
     /// The category that a valid code names. Codes are whole numbers; 0.45 bears their rounding.
     static std::int32_t Category(double code) { return static_cast<std::int32_t>(code + 0.45); }
 

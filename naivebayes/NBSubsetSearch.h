@@ -62,7 +62,7 @@ class NBSubsetSearch {
                          MCCommon::MultiPassRecordIter& testRecords, std::int32_t numTest,
                          std::vector<std::int32_t>& selectedOut,
                          std::vector<NBSubset>& bestSubsetsOut, std::int32_t numBest,
-                         NBDataPreparator& preparator);
+                         const NBDataPreparator& preparator);
 
     /// A(S) by size, entry s-1 for size s, as many as maxSize; returns their number. 0 for a size
     /// that was not evaluated: those below the forced one, those beyond the chain, and, for an
@@ -97,8 +97,9 @@ class NBSubsetSearch {
                         std::int32_t numRecords);
     void ScoreOnSimulated(Step& step, NBRecordSimulator& simulator);
     void ScoreRecord(Step& step, const MCCommon::Record& record, double factor);
-    void EvaluateForced(MCCommon::MultiPassRecordIter& records, std::int32_t numRecords);
-    void EvaluateChain(MCCommon::MultiPassRecordIter& records, std::int32_t numRecords);
+    /// A(S) of the sizes from the smallest to lastSize, on the training records.
+    void EvaluateSizes(std::int32_t lastSize, MCCommon::MultiPassRecordIter& records,
+                       std::int32_t numRecords);
     std::int32_t KeepBest(std::vector<NBSubset> subsets, std::vector<NBSubset>& bestOut);
     void ListSelected(std::vector<std::int32_t>& selectedOut) const;
     void ApplySelection(std::int32_t size);
@@ -108,6 +109,8 @@ class NBSubsetSearch {
     template <class Visit>
     void ForEachRecord(MCCommon::MultiPassRecordIter& records, std::int32_t numRecords,
                        Visit visit);
+    /// Of the sizes that are compared: that of the forced predictors, never 0.
+    std::int32_t SmallestSize() const { return fNumForced > 1 ? fNumForced : 1; }
     std::int32_t ChainLength() const { return static_cast<std::int32_t>(fvSelectedOrder.size()); }
 
     const std::vector<NBayesInput>& fvInputs;
