@@ -1,0 +1,85 @@
+#include <cstddef>
+#include <limits>
+#include <numeric>
+
+#include "naivebayes/NBPMMLWriter.h"
+#include "naivebayes/NBayesInput.h"
+#include "naivebayes/data/INBEncoder.h"
+#include "naivebayes/data/INBVariable.h"
+#include "naivebayes/data/NBBinningEncoder.h"
+
+using MCCommonXML::XMLElement;
+
+namespace {
+
+constexpr double kLargest = std::numeric_limits<double>::max();
+
+/// Drops what closed bins left behind: equal cut points, and those beyond all values.
+void CleanCutpoints(std::vector<double>& cutpoints) {
+    for (std::size_t p = cutpoints.size(); p-- > 1;) {
+        const double cutpoint = cutpoints[p];
+        if (cutpoint == cutpoints[p - 1] || cutpoint == kLargest || cutpoint == -kLargest) {
+            cutpoints.erase(cutpoints.begin() + static_cast<std::ptrdiff_t>(p));
+        }
+    }
+    if (!cutpoints.empty() && cutpoints.front() == -kLargest) cutpoints.erase(cutpoints.begin());
+}
+
+}  // namespace
+
+void NBayesInput::AddDiscretize(XMLElement& bayesInput) const {
+    XMLElement& derived = bayesInput.AddChild("DerivedField");
+    derived.AddAttribute("dataType", "float");
+    derived.AddAttribute("optype", "continuous");
+    XMLElement& discretize = derived.AddChild("Discretize");
+    discretize.AddAttribute("field", fpVariable->GetName());
+    std::vector<double> cutpoints;
+    if (const auto* const encoder =
+            dynamic_cast<const NBBinningEncoder*>(fpVariable->GetEncoderConst())) {
+        if (fNumNonEmpty < fNumCategories) {
+            cutpoints = encoder->MakeCollapsedCopy(*this)->GetCutpoints();
+            CleanCutpoints(cutpoints);
+        } else {
+            cutpoints = encoder->GetCutpoints();
+        }
+    }
+    for (std::size_t b = 0; b <= cutpoints.size(); ++b) {
+        XMLElement& bin = discretize.AddChild("DiscretizeBin");
+        bin.AddAttribute("binValue", static_cast<double>(b));
+        XMLElement& interval = bin.AddChild("Interval");
+        const bool isLast = b == cutpoints.size();
+        interval.AddAttribute("closure", isLast ? "openOpen" : "openClosed");
+        if (b > 0) interval.AddAttribute("leftMargin", cutpoints[b - 1]);
+        if (!isLast) interval.AddAttribute("rightMargin", cutpoints[b]);
+    }
+}
+
+std::unique_ptr<XMLElement> NBayesInput::MakePMML(const INBEncoder& targetEncoder) const {
+    auto bayesInput = std::make_unique<XMLElement>("BayesInput");
+    bayesInput->AddAttribute("fieldName", fpVariable->GetName());
+    const bool isContinuous = fpVariable->GetMeasureLevel() == NBMeasureLevel::kContinuous;
+    if (isContinuous) AddDiscretize(*bayesInput);
+    const INBEncoder* const encoder = fpVariable->GetEncoderConst();
+    const std::int32_t numCodes = isContinuous || encoder == nullptr ? 0 : encoder->GetNumCodes();
+    // Numbers the rows that are written: of a continuous predictor just those bins are left.
+    std::int32_t running = 0;
+    for (std::size_t m = 0; m < fCounts.size(); ++m) {
+        const std::vector<double>& row = fCounts[m];
+        if (!(std::accumulate(row.begin(), row.end(), 0.0) > 0.0)) continue;
+        XMLElement& pair = bayesInput->AddChild("PairCounts");
+        const auto code = static_cast<std::int32_t>(m);
+        if (code < numCodes) {
+            NBPMMLWriter::AddCategoryValue(pair, encoder, code);
+        } else {
+            pair.AddAttribute("value", running++);
+        }
+        XMLElement& counts = pair.AddChild("TargetValueCounts");
+        for (std::size_t t = 0; t < row.size(); ++t) {
+            if (row[t] == 0.0) continue;  // the target's own counts are written with zeros
+            XMLElement& count = counts.AddChild("TargetValueCount");
+            NBPMMLWriter::AddCategoryValue(count, &targetEncoder, static_cast<std::int32_t>(t));
+            count.AddAttribute("count", row[t]);
+        }
+    }
+    return bayesInput;
+}
