@@ -8,6 +8,7 @@
 #include "embedded/command/CommandPlaces.h"
 #include "embedded/command/CommandTokens.h"
 #include "embedded/command/MessageParts.h"
+#include "embedded/command/NewNames.h"
 #include "embedded/command/VariableNames.h"
 #include "host/Assertion.h"
 #include "host/CommandLanguage.h"
@@ -506,11 +507,8 @@ bool VarSpecObj::NewVarNameByRoot(const KoltVarName& root, KoltVarName& nameOut)
     const std::string& text = root.GetString();
     if (!embedded::IsTidyName(text)) return RefuseName(text);
     const embedded::VariableNames names(*fpSource);
-    std::string name = text;
-    for (std::int32_t number = 1; !names.Find(name).empty(); ++number) {
-        name = text + std::to_string(number);
-    }
-    nameOut = KoltVarName(std::move(name));
+    const auto isTaken = [&names](const std::string& name) { return !names.Find(name).empty(); };
+    nameOut = KoltVarName(embedded::FreeName(text, isTaken));
     return true;
 }
 
@@ -520,14 +518,9 @@ bool VarSpecObj::NewVarNamesByRoot(const KoltVarName& root, std::int32_t count,
     const std::string& text = root.GetString();
     if (!embedded::IsTidyName(text)) return RefuseName(text);
     const embedded::VariableNames names(*fpSource);
-    for (std::int32_t number = 1; static_cast<std::int32_t>(namesOut.size()) < count; ++number) {
-        std::string name = text + std::to_string(number);
-        if (names.Find(name).empty()) {
-            namesOut.emplace_back(std::move(name));
-        } else {
-            // The numbers are to follow each other: begin again behind the one that is taken.
-            namesOut.clear();
-        }
+    const auto isTaken = [&names](const std::string& name) { return !names.Find(name).empty(); };
+    for (std::string& name : embedded::FreeNames(text, count, isTaken)) {
+        namesOut.emplace_back(std::move(name));
     }
     return true;
 }
