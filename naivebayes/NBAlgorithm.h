@@ -1,6 +1,8 @@
 #ifndef PREDSEL_NAIVEBAYES_NBALGORITHM_H
 #define PREDSEL_NAIVEBAYES_NBALGORITHM_H
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <iosfwd>
 #include <memory>
@@ -19,6 +21,8 @@
 #include "naivebayes/NaiveBayesSettings.h"
 #include "naivebayes/data/NBDataPreparator.h"
 #include "naivebayes/data/NBVarList.h"
+
+class NBInternalAdapter;
 
 /// The engine. Owns the variables, the tables and the preparation of records.
 ///
@@ -107,11 +111,14 @@ class NBAlgorithm : public INBAlgorithm {
     NBStatus DropUninformative();
     /// Takes table i out; those behind it move up in the prepared records.
     void RemoveTable(std::size_t i);
-    /// Reads original records through the preparator into the tables; the excluded are added.
-    NBStatus TrainOn(MCCommon::MultiPassRecordIter& records, std::int32_t numRecords);
+    /// Counts records as they are prepared, reporting progress; the excluded are added.
+    NBStatus TrainOn(NBInternalAdapter& adapter, std::int32_t numRecords);
     /// Ends a training operation: what was learned of the status, the model and an interrupt.
     NBStatus FinishTraining(const NBStatus& status);
-    void MakeCollapsedEncoders();
+    /// Runs a training operation. Error 3, for good, when memory does not suffice.
+    template <class Train>
+    NBStatus Training(Train train);
+    bool IsMergeable() const;
 
     // The steps of SelectSubset.
     NBStatus CheckSelection(MCCommon::MultiPassRecordIter& records, std::int32_t numRecords,
@@ -119,7 +126,8 @@ class NBAlgorithm : public INBAlgorithm {
     /// Bounds the size asked for; warning 70014 when it is above the number of predictors.
     std::int32_t BoundSize(std::int32_t maxSize, NBStatus& status) const;
     std::int32_t BoundNumBest(std::int32_t numBest) const;
-    void DropUnselected();
+    /// Takes over the roles that the search has set.
+    void KeepSelected();
 
     // Scoring.
 
@@ -129,19 +137,27 @@ class NBAlgorithm : public INBAlgorithm {
     /// fvPosteriors from the codes of fInputRecord.
     void ComputePosterior();
     /// The winner of fvPosteriors.
-    std::int32_t FindWinner() const;
+    std::int32_t FindWinner();
+    void SizeScratch();
+    /// Whether a prepared code names a category: neither missing nor unknown, which is -1.
+    static bool IsKnown(double code) { return code > -1.0; }
+    /// The category that a known code names. Codes are whole numbers; one that is not must not
+    /// leave its table.
+    static std::int32_t Category(double code, std::int32_t numCategories) {
+        return std::min(static_cast<std::int32_t>(code + 0.5), numCategories - 1);
+    }
 
     // State.
 
-    /// Whether a restored model is one: tables, target and variables agree.
+    /// Whether what was restored is a model: its parts agree, so that later code may index by them.
     bool IsConsistent() const;
-    bool IsTableConsistent(const NBayesInput& table) const;
+    bool IsTargetConsistent() const;
+    bool IsTableConsistent(const NBayesInput& table, std::int32_t varIndex,
+                           std::int32_t recordIndex) const;
     /// After a restore: borrowed variables, preparator and encoders for scoring.
     void Wire();
     /// What keeps the model from being saved, or success.
     NBStatus CheckSaving(const std::ostream& stream);
-
-    bool IsMergeable() const;
 
     NaiveBayesSettings fSettings;
     NBVarList fVarList;
@@ -162,6 +178,7 @@ class NBAlgorithm : public INBAlgorithm {
     // Scratch of scoring: no allocation a record.
     MCCommon::Record fInputRecord;     // a code per table
     std::vector<double> fvPosteriors;  // a value per target category
+    std::vector<std::size_t> fvTies;   // target categories with the best value
 };
 
 #endif  // PREDSEL_NAIVEBAYES_NBALGORITHM_H
