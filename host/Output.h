@@ -84,6 +84,12 @@ void BpError(const BpItem& text, std::int32_t show, std::int32_t level);
 
 /// A row of the run's notes. Group 2 files, 3 new variables, 4 treatment of missing values.
 void AddNotes(std::int32_t group, const BpItem& title, const BpItem& text);
+/// The same for a row that is one of several under the title: heading says which one.
+void AddNotesWithGroup(std::int32_t group, const BpItem& title, const BpItem& heading,
+                       const BpItem& text);
+/// The same, one of several rows of that title, told apart by the heading.
+void AddNotesWithGroup(std::int32_t group, const BpItem& title, const BpItem& heading,
+                       const BpItem& text);
 
 /// The output context of a procedure; kind 5 is a statistics procedure.
 class BpProcedure {

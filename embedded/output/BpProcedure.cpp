@@ -33,6 +33,14 @@ void AddNotes(std::int32_t group, const BpItem& title, const BpItem& text) {
                               embedded::ItemText(*text.Data(), fractional)});
 }
 
+void AddNotesWithGroup(std::int32_t group, const BpItem& title, const BpItem& heading,
+                       const BpItem& text) {
+    AddNotes(group, title, text);
+    auto& report = RunningReport();
+    std::string& noted = report.fvNotes.back().fText;
+    noted = embedded::ItemText(*heading.Data(), report.fbFractionalWeights) + ": " + noted;
+}
+
 // All output goes to the active session; asking for it here finds a procedure that runs without
 // one.
 BpProcedure::BpProcedure(std::string_view /*name*/, std::int32_t /*kind*/) { RunningReport(); }
