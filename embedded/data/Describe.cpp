@@ -490,21 +490,22 @@ void DraftField(const DataSet& data, std::int32_t index, const SchemaJson& missi
     }
 }
 
-}  // namespace
-
-std::string DraftSchema(const DataSet& data) {
+// The schema that came with the data, or an empty one.
+SchemaJson SchemaAsRead(const DataSet& data) {
+    if (!data.SchemaText().empty()) return SchemaJson::parse(data.SchemaText());
     SchemaJson root = SchemaJson::object();
-    if (data.SchemaText().empty()) {
-        root["$schema"] = "https://datapackage.org/profiles/2.0/tableschema.json";
-    } else {
-        root = SchemaJson::parse(data.SchemaText());
-    }
+    root["$schema"] = "https://datapackage.org/profiles/2.0/tableschema.json";
+    return root;
+}
+
+// Completes the schema; texts are those without a value in every column.
+std::string Draft(const DataSet& data, SchemaJson root, const std::vector<std::string>& texts) {
     SchemaJson& missingTexts = root["missingValues"];
     if (missingTexts.is_null()) {
         missingTexts = SchemaJson::array();
     }
     SchemaJson missingOfAll = SchemaJson::array();
-    for (const std::string& text : data.MissingTexts()) {
+    for (const std::string& text : texts) {
         if (std::find(missingTexts.begin(), missingTexts.end(), text) == missingTexts.end()) {
             missingTexts.push_back(text);
         }
@@ -547,6 +548,33 @@ std::string DraftSchema(const DataSet& data) {
         }
     }
     return Indented(root);
+}
+
+}  // namespace
+
+std::string DraftSchema(const DataSet& data) {
+    return Draft(data, SchemaAsRead(data), data.MissingTexts());
+}
+
+std::string SchemaOf(const DataSet& data) {
+    SchemaJson root = SchemaAsRead(data);
+    root.erase("missingValues");
+    root.erase("fieldsMatch");
+    SchemaJson fields = SchemaJson::array();
+    if (root.contains("fields")) {
+        for (SchemaJson& field : root["fields"]) {
+            if (data.FindVariable(field["name"].get<std::string>()) < 0) continue;
+            // Written in the form of the cells that were read; drafted anew where it is wanted.
+            for (const char* property :
+                 {"type", "format", "decimalChar", "groupChar", "bareNumber", "trueValues",
+                  "falseValues", "missingValues", "categories", "constraints"}) {
+                field.erase(property);
+            }
+            fields.push_back(std::move(field));
+        }
+    }
+    root["fields"] = std::move(fields);
+    return Draft(data, std::move(root), {});
 }
 
 }  // namespace embedded

@@ -20,6 +20,11 @@ std::string DescribeAsJson(const DataSet& data);
 /// here are kept.
 std::string DraftSchema(const DataSet& data);
 
+/// The same for the data set as SaveDataSet writes it: what the schema that came with the data says
+/// of the form of its cells (decimal marks, texts of booleans, texts without a value) is left out,
+/// and so are fields of no variable.
+std::string SchemaOf(const DataSet& data);
+
 }  // namespace embedded
 
 #endif  // PREDSEL_EMBEDDED_DATA_DESCRIBE_H

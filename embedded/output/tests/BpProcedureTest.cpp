@@ -45,5 +45,14 @@ TEST_F(BpProcedureOutput, NotesKeepTheirGroupAndOrder) {
     EXPECT_EQ(fReport.fvNotes[1].fText, "plain text");
 }
 
+TEST_F(BpProcedureOutput, ANoteOfSeveralShowsItsHeading) {
+    AddNotesWithGroup(3, BpString("Predicted Probabilities", true), BpString("y = a", false),
+                      BpString("prob1", false));
+    ASSERT_EQ(fReport.fvNotes.size(), 1U);
+    EXPECT_EQ(fReport.fvNotes[0].fGroup, 3);
+    EXPECT_EQ(fReport.fvNotes[0].fTitle, "Predicted Probabilities");
+    EXPECT_EQ(fReport.fvNotes[0].fText, "y = a: prob1");
+}
+
 }  // namespace
 }  // namespace embedded
