@@ -44,4 +44,16 @@ class INBUserMissing {
     INBUserMissing& operator=(const INBUserMissing&) = default;
 };
 
+/// Moves a definition to an owner that knows its class; null clears it. False for a definition of
+/// another class, which is then destroyed: the owner keeps what it had.
+template <class Definition>
+bool TakeUserMissing(std::unique_ptr<INBUserMissing> definition,
+                     std::unique_ptr<Definition>& ownerOut) {
+    auto* const known = dynamic_cast<Definition*>(definition.get());
+    if (definition && known == nullptr) return false;
+    static_cast<void>(definition.release());
+    ownerOut.reset(known);
+    return true;
+}
+
 #endif  // PREDSEL_NAIVEBAYES_DATA_INBUSERMISSING_H

@@ -11,6 +11,8 @@
 #include "naivebayes/data/INBVariable.h"
 #include "persistence/Fields.h"
 
+class NBNumericUserMissing;
+
 /// The classifier's description of the data: its variables in the order of the values in an
 /// original record. A variable's index here is its identity everywhere in the engine.
 ///
@@ -132,6 +134,9 @@ class NBVarList {
     std::int32_t Append(std::unique_ptr<INBVariable> variable);
     std::int32_t AppendCategorical(std::unique_ptr<INBVariable> variable);
     std::int32_t AppendContinuous(std::unique_ptr<INBVariable> variable);
+    /// The definition of a variable whose values aren't strings, a new one where it has none; null
+    /// for any other index.
+    std::unique_ptr<NBNumericUserMissing> CopyNumericMissing(std::int32_t index) const;
     void Clear();
     /// Whether what was restored agrees with itself.
     bool HoldsTogether() const;
