@@ -95,6 +95,7 @@ NBStatus NBSubsetSearch::RunTestData(std::int32_t maxSize, MCCommon::MultiPassRe
     if (!adapter.HasMore()) return NBStatus(NBCode::kTestEmpty, false);
     const std::int32_t size = EvaluateTestData(adapter, numTest, bestSubsetsOut);
     if (size < 0) return Interrupted();
+    if (size == 0) return NBStatus(NBCode::kTestEmpty, false);
     ListSelected(selectedOut);
     ApplySelection(size);
     return NBStatus();
@@ -303,6 +304,7 @@ std::int32_t NBSubsetSearch::EvaluateTestData(NBInternalAdapter& adapter, std::i
         }
     }
     if (fInterrupt.IsStopped()) return -1;
+    if (!(totalWeight > 0.0)) return 0;
     const double share = 1.0 / totalWeight;
     double joint = share * SumOfPriorLogs(targetWeights, fOutput);
     std::vector<NBSubset> subsets;

@@ -82,7 +82,8 @@ class NBSubsetSearch {
         std::vector<double> fvScores;
     };
 
-    // All three return -1 when interrupted; the evaluations else the best size.
+    // All three return -1 when interrupted; the evaluations else the best size, 0 when no test
+    // record could be used.
     std::int32_t ForwardSelect(std::int32_t maxSize, MCCommon::MultiPassRecordIter& records,
                                std::int32_t numRecords, bool fits);
     std::int32_t EvaluatePseudoBIC(MCCommon::MultiPassRecordIter& records, std::int32_t numRecords,
