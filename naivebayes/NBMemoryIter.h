@@ -50,7 +50,12 @@ class NBMemoryIter : public MCCommon::MultiPassRecordIter {
     static void Fields(Self&& self, Archive& archive);
 
  private:
+    /// Whether the numbers that were restored agree with each other.
+    bool HoldsTogether() const;
+    /// Lets everything go.
     void Clear(std::int32_t status);
+    template <class Read>
+    std::int64_t Restore(Read read);
 
     std::int32_t fRecordSize = 0;            // doubles a record; 0 without capacity
     std::vector<MCCommon::Record> fvBuffer;  // the first fCount hold records

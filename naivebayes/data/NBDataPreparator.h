@@ -119,7 +119,11 @@ class NBDataPreparator {
     void Display(std::ostream& out) const;
 
  private:
+    /// Appends the variable at this list index to the inputs.
     void AddInput(std::int32_t index);
+    /// In a processed record.
+    std::int32_t FirstInputPosition() const;
+    void SetRecordSizes();
 
     std::vector<std::int32_t> fvVarIndex;            // by list index
     std::vector<std::int32_t> fvInputIndices;        // by input
