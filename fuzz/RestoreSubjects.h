@@ -12,10 +12,12 @@ namespace fuzz {
 
 /// The screening engine's (ScreeningSubjects.cpp).
 std::vector<testsupport::RestoreSubject> ScreeningSubjects();
+/// The classifier's (ClassifierSubjects.cpp).
+std::vector<testsupport::RestoreSubject> ClassifierSubjects();
 
 inline std::vector<testsupport::RestoreSubject> AllRestoreSubjects() {
     std::vector<testsupport::RestoreSubject> subjects;
-    for (auto* engine : {ScreeningSubjects}) {
+    for (auto* engine : {ScreeningSubjects, ClassifierSubjects}) {
         for (auto& subject : engine()) subjects.push_back(std::move(subject));
     }
     return subjects;

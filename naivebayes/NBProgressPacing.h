@@ -14,7 +14,11 @@ class NBProgressPacing {
 
     /// Called once a unit. True for every (skip + 1)th call.
     bool IsDue() {
-        if (fpListener == nullptr || fCountdown-- > 0) return false;
+        if (fpListener == nullptr) return false;
+        if (fCountdown > 0) {
+            --fCountdown;
+            return false;
+        }
         fCountdown = fSkip;
         return true;
     }
