@@ -34,11 +34,28 @@ std::string Number(double value) {
     return {buffer.data(), result.ptr};
 }
 
-// The calendar form if it is read as the same value, else the number.
-std::string Calendar(double value, std::int32_t format,
-                     std::optional<double> (*parse)(std::string_view)) {
-    std::string text = ConvertObsToString(value, {format, 0, 0}, false);
-    return parse(text) == value ? text : Number(value);
+using Parser = std::optional<double> (*)(std::string_view);
+
+// The same with nine decimals of a second.
+std::string FineCalendar(double value, const KoltFormat& format) {
+    const double whole = std::floor(value);
+    std::array<char, 32> buffer{};
+    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value - whole,
+                                      std::chars_format::fixed, 9);
+    // Behind the zero.
+    return ConvertObsToString(whole, format, false) + std::string(buffer.data() + 1, result.ptr);
+}
+
+// The calendar form that is read as the same value or, where none is, the nearest; the number where
+// there is no such form.
+std::string Calendar(double value, std::int32_t code, Parser parse) {
+    const KoltFormat format = {code, 0, 0};
+    std::string text = ConvertObsToString(value, format, false);
+    const std::optional<double> read = parse(text);
+    if (!read) return Number(value);
+    if (*read == value) return text;
+    std::string fine = FineCalendar(value, format);
+    return parse(fine) == value ? fine : text;
 }
 
 std::string NumberCell(ColumnKind kind, double value) {

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include "embedded/data/DataSetBuilder.h"
 #include "embedded/data/OpenDataSet.h"
+#include "embedded/data/SaveDataSet.h"
 #include "embedded/data/tests/TemporaryFiles.h"
 
 namespace embedded {
@@ -21,6 +23,27 @@ TEST(FileReadersAbsent, EveryFormIsRefusedWithTheReason) {
                                         ": this program was built without Apache Arrow and cannot "
                                         "read " +
                                         form + "; build it with PREDSEL_ARROW=ON");
+        }
+    }
+}
+
+TEST(FileReadersAbsent, TextIsWrittenAndTheOtherFormsAreRefusedWithTheReason) {
+    const TemporaryFiles files;
+    const DataSet data = DataSetBuilder().Numbers("x", {1}).Build();
+    SaveDataSet(data, SaveFormat::kCsv, files.Path("data.csv"));
+    for (const auto& [name, form] :
+         {std::pair{"data.parquet", "Parquet files"}, std::pair{"data.arrow", "Arrow files"}}) {
+        const std::string path = files.Path(name);
+        try {
+            SaveDataSet(data, SaveFormatOf(path), path);
+            ADD_FAILURE() << form;
+        } catch (const DataError& fault) {
+            EXPECT_EQ(fault.GetKind(), DataError::Kind::kFile);
+            EXPECT_EQ(fault.what(), path +
+                                        ": this program was built without Apache Arrow and cannot "
+                                        "write " +
+                                        form +
+                                        "; build it with PREDSEL_ARROW=ON or write a .csv file");
         }
     }
 }

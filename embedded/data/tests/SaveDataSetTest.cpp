@@ -1,0 +1,310 @@
+// Writing data sets and reading them again.
+#include "embedded/data/SaveDataSet.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <fstream>
+#include <functional>
+#include <iostream>
+#include <limits>
+#include <optional>
+#include <ostream>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "embedded/data/DataSetBuilder.h"
+#include "embedded/data/Describe.h"
+#include "embedded/data/OpenDataSet.h"
+#include "embedded/data/tests/TemporaryFiles.h"
+
+namespace embedded {
+namespace {
+
+using MCMV::gMissingValue;
+
+std::string Saved(const DataSet& data, SaveFormat format = SaveFormat::kCsv) {
+    std::ostringstream file;
+    SaveDataSet(data, format, file, "memory");
+    return file.str();
+}
+
+std::string FaultOf(const std::function<void()>& act) {
+    try {
+        act();
+    } catch (const DataError& fault) {
+        return fault.what();
+    }
+    return "none";
+}
+
+TEST(SaveDataSet, WritesNumbersWithAllTheirDigitsAndWholeOnesWithoutAPoint) {
+    EXPECT_EQ(Saved(DataSetBuilder()
+                        .Numbers("x", {0.1, 100000, -3, gMissingValue, 1e300, 0.0001, 1.0 / 3,
+                                       123456789012345})
+                        .Numbers("y", {1, 2, 3, 4, 5, 6, 7, 8})
+                        .Build()),
+              "x,y\n0.1,1\n100000,2\n-3,3\n,4\n1e+300,5\n0.0001,6\n0.3333333333333333,7\n"
+              "123456789012345,8\n");
+}
+
+TEST(SaveDataSet, QuotesTextsWhereTheyNeedIt) {
+    EXPECT_EQ(Saved(DataSetBuilder()
+                        .Strings("a,b", {"plain", "with, comma", "a \"quote\"", "two\nlines",
+                                         " blank", "", std::nullopt})
+                        .Strings("c", {"1", "2", "3", "4", "5", "6", "7"})
+                        .Build()),
+              "\"a,b\",c\nplain,1\n\"with, comma\",2\n\"a \"\"quote\"\"\",3\n\"two\nlines\",4\n"
+              "\" blank\",5\n\"\",6\n,7\n");
+}
+
+TEST(SaveDataSet, TabsPartTheCellsOfATsvFile) {
+    EXPECT_EQ(Saved(DataSetBuilder().Strings("a", {"x,y", "x\ty"}).Numbers("b", {1, 2}).Build(),
+                    SaveFormat::kTsv),
+              "a\tb\nx,y\t1\n\"x\ty\"\t2\n");
+}
+
+TEST(SaveDataSet, WritesDatesTimesAndBooleansAsSuch) {
+    EXPECT_EQ(Saved(DataSetBuilder()
+                        .Numbers("d", {0, 19000})
+                        .Kind(ColumnKind::kDate)
+                        .Numbers("dt", {86399.5, -1})
+                        .Kind(ColumnKind::kDateTime)
+                        .Numbers("t", {3661, gMissingValue})
+                        .Kind(ColumnKind::kTime)
+                        .Numbers("b", {1, 0})
+                        .Kind(ColumnKind::kBoolean)
+                        .Build()),
+              "d,dt,t,b\n1970-01-01,1970-01-01 23:59:59.5,01:01:01,true\n"
+              "2022-01-08,1969-12-31 23:59:59,,false\n");
+}
+
+TEST(SaveDataSet, PartsOfASecondAreWrittenAsFarAsTheyAreRead) {
+    EXPECT_EQ(Saved(DataSetBuilder()
+                        .Numbers("dt", {0.123456789, -0.000001})
+                        .Kind(ColumnKind::kDateTime)
+                        .Build()),
+              "dt\n1970-01-01 00:00:00.123456789\n1969-12-31 23:59:59.999999\n")
+        << "no text is read as exactly -0.000001; the nearest is written";
+}
+
+TEST(SaveDataSet, ADateWithoutACalendarFormIsANumber) {
+    EXPECT_EQ(Saved(DataSetBuilder().Numbers("d", {0.5, 1e9}).Kind(ColumnKind::kDate).Build()),
+              "d\n0.5\n1000000000\n");
+}
+
+TEST(SaveDataSet, UserMissingValuesAreWrittenAsTheyStand) {
+    EXPECT_EQ(
+        Saved(
+            DataSetBuilder().Numbers("x", {1, -9}).Missing({false, 0, 0, {KoltObs(-9.0)}}).Build()),
+        "x\n1\n-9\n");
+}
+
+TEST(SaveDataSet, ADataSetWithoutCasesKeepsItsNames) {
+    const DataSet data = DataSetBuilder().Numbers("x", {}).Strings("s", {}).Build();
+    EXPECT_EQ(Saved(data), "x,s\n");
+}
+
+struct NameCase {
+    const char* fPath;
+    SaveFormat fFormat;
+};
+void PrintTo(const NameCase& nameCase, std::ostream* out) { *out << nameCase.fPath; }
+class FormatByName : public testing::TestWithParam<NameCase> {};
+TEST_P(FormatByName, IsFound) { EXPECT_EQ(SaveFormatOf(GetParam().fPath), GetParam().fFormat); }
+INSTANTIATE_TEST_SUITE_P(Names, FormatByName,
+                         testing::Values(NameCase{"a.csv", SaveFormat::kCsv},
+                                         NameCase{"a.b.TSV", SaveFormat::kTsv},
+                                         NameCase{"/x.y/a.Parquet", SaveFormat::kParquet},
+                                         NameCase{"a.arrow", SaveFormat::kArrow},
+                                         NameCase{"a.feather", SaveFormat::kArrow}));
+
+TEST(SaveDataSet, AnUnknownNameIsRefusedWithTheOnesThatServe) {
+    EXPECT_EQ(FaultOf([] { SaveFormatOf("a.csv/data.xls"); }),
+              "a.csv/data.xls: the format of a data file is told by its name; give it the ending "
+              ".csv, .tsv, .parquet, .arrow or .feather");
+}
+
+TEST(SaveDataSet, AFileThatCannotBeMadeIsNamedWithTheReason) {
+    const TemporaryFiles files;
+    const std::string path = files.Path("none/data.csv");
+    const DataSet data = DataSetBuilder().Numbers("x", {1}).Build();
+    EXPECT_EQ(FaultOf([&] { SaveDataSet(data, SaveFormat::kCsv, path); }),
+              path + ": cannot be written: No such file or directory");
+}
+
+TEST(SaveDataSet, AFullDeviceIsAnErrorInEveryFormat) {
+    const DataSet data = DataSetBuilder().Numbers("x", std::vector<double>(10000, 1.5)).Build();
+    for (const SaveFormat format : {SaveFormat::kCsv, SaveFormat::kParquet, SaveFormat::kArrow}) {
+        const std::string fault = FaultOf([&] { SaveDataSet(data, format, "/dev/full"); });
+        EXPECT_EQ(fault.find("/dev/full: cannot be written: "), 0U) << fault;
+    }
+}
+
+// ---- round trips ----
+
+class RoundTrip : public testing::TestWithParam<const char*> {
+ protected:
+    // Saved and opened again; with the schema of what was saved if asked for.
+    DataSet Again(const DataSet& data, bool withSchema) const {
+        const TemporaryFiles files;
+        const std::string path = files.Path(std::string("data") + GetParam());
+        SaveDataSet(data, SaveFormatOf(path), path);
+        if (withSchema) {
+            std::ofstream(path + ".schema.json", std::ios::binary) << SchemaOf(data);
+        }
+        return OpenDataSet(path);
+    }
+};
+
+void ExpectSameValues(const DataSet& data, const DataSet& again) {
+    ASSERT_EQ(again.ColumnCount(), data.ColumnCount());
+    ASSERT_EQ(again.RowCount(), data.RowCount());
+    for (std::int32_t i = 0; i < data.ColumnCount(); ++i) {
+        EXPECT_EQ(again.Variable(i).GetName(), data.Variable(i).GetName());
+        EXPECT_EQ(again.Kind(i), data.Kind(i)) << data.Variable(i).GetName();
+        for (std::int64_t row = 0; row < data.RowCount(); ++row) {
+            ASSERT_EQ(again.GetColumn(i).Value(row), data.GetColumn(i).Value(row))
+                << data.Variable(i).GetName() << " in row " << row;
+        }
+    }
+}
+
+DataSet Everything() {
+    return DataSetBuilder()
+        .Numbers("n", {0.1, -9, gMissingValue, 95, 5e-324})
+        .Label("A number")
+        .Missing({true, 90, 99, {-9.0}})
+        .ValueLabel(-9.0, "refused")
+        .Numbers("whole", {1, 2, 3, 9007199254740992, -5})
+        .Strings("s", {"f", "a \"b\", c", "", std::nullopt, "\xC3\xA4\nx"})
+        .Label("A text")
+        .ValueLabel(std::string("f"), "Female")
+        .Missing({false, 0, 0, {std::string("f")}})
+        .Strings("digits", {"1", "02", "3", std::nullopt, "5"})
+        .Level(kLevelOrdinal)
+        .Numbers("d", {0, 1, gMissingValue, -719000, 2932896})
+        .Kind(ColumnKind::kDate)
+        .Numbers("dt", {1.25, 1700000000.123456, gMissingValue, -0.5, 0})
+        .Kind(ColumnKind::kDateTime)
+        .Numbers("t", {0, 86399.999999, gMissingValue, 1, 0.5})
+        .Kind(ColumnKind::kTime)
+        .Numbers("b", {0, 1, gMissingValue, 1, 0})
+        .Kind(ColumnKind::kBoolean)
+        .Numbers("w", {1, 2, 1, 0.5, 1})
+        .Weight()
+        .Build();
+}
+
+TEST_P(RoundTrip, WithItsSchemaEverythingIsAsItWas) {
+    const DataSet data = Everything();
+    const DataSet again = Again(data, true);
+    ExpectSameValues(data, again);
+    for (std::int32_t i = 0; i < data.ColumnCount(); ++i) {
+        const KOLT_Variable& before = data.Variable(i);
+        const KOLT_Variable& after = again.Variable(i);
+        EXPECT_EQ(after.GetLabel(), before.GetLabel());
+        EXPECT_EQ(after.GetMeasurementLevel(), before.GetMeasurementLevel()) << before.GetName();
+        EXPECT_EQ(after.GetType(), before.GetType());
+        EXPECT_EQ(after.GetMissingSpec(), before.GetMissingSpec()) << before.GetName();
+        for (const auto& [value, label] : before.GetValueLabels().Entries()) {
+            const std::string* found = after.GetValueLabels().Find(value);
+            ASSERT_NE(found, nullptr) << label;
+            EXPECT_EQ(*found, label);
+        }
+    }
+    EXPECT_EQ(again.WeightIndex(), data.WeightIndex());
+}
+
+TEST_P(RoundTrip, WithoutASchemaTheValuesAreAsTheyWere) {
+    // A text file does not tell digits from a number.
+    const DataSet data = DataSetBuilder()
+                             .Numbers("n", {0.1, -9, gMissingValue})
+                             .Strings("s", {"f", "", std::nullopt})
+                             .Numbers("d", {0, 1, gMissingValue})
+                             .Kind(ColumnKind::kDate)
+                             .Numbers("dt", {1.25, 1700000000.5, gMissingValue})
+                             .Kind(ColumnKind::kDateTime)
+                             .Numbers("b", {0, 1, gMissingValue})
+                             .Kind(ColumnKind::kBoolean)
+                             .Build();
+    ExpectSameValues(data, Again(data, false));
+}
+
+TEST_P(RoundTrip, OneVariableWithMissingValuesKeepsItsCases) {
+    const DataSet data = DataSetBuilder().Numbers("n", {gMissingValue, 1, gMissingValue}).Build();
+    ExpectSameValues(data, Again(data, true));
+}
+
+TEST_P(RoundTrip, EveryDoubleIsReadAsItWas) {
+    const unsigned seed = std::random_device()();
+    std::cout << "seed " << seed << '\n';
+    std::mt19937_64 random(seed);
+    std::vector<double> values;
+    while (values.size() < 5000) {
+        const std::uint64_t bits = random();
+        double value = 0;
+        std::memcpy(&value, &bits, sizeof value);
+        if (std::isfinite(value) && value != 0) values.push_back(value);
+    }
+    values.push_back(std::numeric_limits<double>::max());
+    values.push_back(std::numeric_limits<double>::denorm_min());
+    const DataSet data = DataSetBuilder().Numbers("x", values).Build();
+    ExpectSameValues(data, Again(data, true));
+}
+
+TEST_P(RoundTrip, CasesAcrossChunksKeepTheirPlaces) {
+    std::vector<double> numbers;
+    std::vector<std::optional<std::string>> texts;
+    for (std::int32_t row = 0; row < kChunkRows + 3; ++row) {
+        numbers.push_back(row % 5 == 0 ? gMissingValue : row);
+        texts.push_back(row % 7 == 0 ? std::nullopt
+                                     : std::optional("t" + std::to_string(row % 11)));
+    }
+    const DataSet data = DataSetBuilder().Numbers("x", numbers).Strings("s", texts).Build();
+    ExpectSameValues(data, Again(data, true));
+}
+
+TEST_P(RoundTrip, ADataSetWithoutCasesIsReadAsOne) {
+    const DataSet data = DataSetBuilder().Numbers("x", {}).Strings("s", {}).Build();
+    const DataSet again = Again(data, true);
+    EXPECT_EQ(again.RowCount(), 0);
+    EXPECT_EQ(again.ColumnCount(), 2);
+}
+
+TEST_P(RoundTrip, AnythingSavedTwiceIsTheSameBytes) {
+    const DataSet data = Everything();
+    const SaveFormat format = SaveFormatOf(std::string("x") + GetParam());
+    EXPECT_EQ(Saved(data, format), Saved(data, format));
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, RoundTrip, testing::Values(".csv", ".tsv", ".parquet", ".arrow"));
+
+// What the schema of the source says of the form of cells does not hold for the saved file.
+TEST(SchemaOf, ForgetsTheFormOfTheCellsThatWereRead) {
+    const TemporaryFiles files;
+    const std::string path = files.Write("in.csv", "x;flag;gone\n1,5;ja;1\n-;nein;2\n99;ja;3\n");
+    files.Write("in.csv.schema.json", R"({
+        "missingValues": ["-"], "custom": "kept",
+        "fields": [
+            {"name": "x", "type": "number", "decimalChar": ",", "title": "Ex", "note": "kept too",
+             "missingValues": [{"value": "99", "label": "none"}, "-"]},
+            {"name": "flag", "type": "boolean", "trueValues": ["ja"], "falseValues": ["nein"]},
+            {"name": "gone", "type": "integer"}]})");
+    const DataSet data = OpenDataSet(path);
+    const std::string saved = files.Path("out.csv");
+    SaveDataSet(data, SaveFormat::kCsv, saved);
+    files.Write("out.csv.schema.json", SchemaOf(data));
+    const DataSet again = OpenDataSet(saved);
+    ExpectSameValues(data, again);
+    EXPECT_EQ(again.Variable(0).GetLabel(), "Ex");
+    EXPECT_EQ(again.Variable(0).GetMissingSpec(), data.Variable(0).GetMissingSpec());
+    EXPECT_NE(SchemaOf(data).find("\"custom\": \"kept\""), std::string::npos);
+    EXPECT_NE(SchemaOf(data).find("\"note\": \"kept too\""), std::string::npos);
+}
+
+}  // namespace
+}  // namespace embedded
