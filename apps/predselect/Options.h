@@ -18,19 +18,28 @@ struct OutputOptions {
     std::string fJson;
     std::string fChart;
     std::string fVega;
+    std::string fSave;      // the data set with its new variables
+    std::string fPmml;      // the model
+    std::string fState;     // the engine's state, wrapped
+    std::string fStateXml;  // the same as XML, as the engine writes it
     bool fbQuiet = false;
     ColorMode fColor = ColorMode::Auto;
     std::int32_t fWidth = 0;  // of text in columns; 0: the terminal's
 };
 
-/// The options of `select`, as they were given. A text that is empty was not given; numbers stay
-/// texts, because the report shows limits as they were typed.
-struct SelectOptions {
+/// Target and candidates, as the two commands name them.
+struct VariableOptions {
     std::string fTarget;
-    std::string fTargetLevel;
     std::vector<std::string> fvFactors;
     std::vector<std::string> fvCovariates;
     std::vector<std::string> fvExcept;
+};
+
+/// The options of `select`, as they were given. A text that is empty was not given; numbers stay
+/// texts, because the report shows limits as they were typed.
+struct SelectOptions {
+    VariableOptions fVariables;
+    std::string fTargetLevel;
     std::string fSize;
     std::string fRanking;
     std::string fPCutoff;
@@ -48,7 +57,38 @@ struct SelectOptions {
     bool fbPlot = false;
 };
 
-enum class Verb { Run, Select, Describe, Completion };
+/// The options of `bayes`, likewise. A name that may be left out is engaged when its option was
+/// given, and empty when without a name.
+struct BayesOptions {
+    VariableOptions fVariables;
+    std::vector<std::string> fvForceFactors;
+    std::vector<std::string> fvForceCovariates;
+    std::string fUserMissing;
+    std::string fTrainPercent;
+    std::string fTrainVariable;
+    std::string fMaxSize;
+    std::string fBestSubset;
+    std::string fExactSize;
+    bool fbNoSelection = false;
+    std::string fBins;
+    std::string fTimer;
+    std::optional<std::uint64_t> fMemory;  // bytes
+    std::optional<std::string> fPredicted;
+    std::optional<std::string> fProbabilities;
+    std::string fMaxProbabilities;
+    std::vector<std::string> fvPrint;
+};
+
+/// The options of `score`, `update` and `merge`.
+struct ModelOptions {
+    std::string fState;                 // score, update
+    std::vector<std::string> fvStates;  // merge
+    std::string fPredicted;
+    std::string fProbabilities;
+    std::int32_t fMaxProbabilities = 25;
+};
+
+enum class Verb { Run, Select, Bayes, Score, Update, Merge, Describe, Completion };
 
 /// What the program was asked to do.
 struct ProgramOptions {
@@ -62,6 +102,9 @@ struct ProgramOptions {
     std::optional<std::string> fCommandText;
 
     SelectOptions fSelect;
+    BayesOptions fBayes;
+    ModelOptions fModel;
+    std::optional<std::uint32_t> fSeed;
     bool fbShowCommand = false;
 
     // describe

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstdlib>
 
@@ -84,6 +85,21 @@ void WriteStream(const std::string& path, std::string_view content) {
     }
 }
 
+std::string TemporaryDirectory() {
+    const char* named = std::getenv("TMPDIR");
+    return named != nullptr && *named != '\0' ? named : "/tmp";
+}
+
+std::string ReadAll(int descriptor) {
+    std::string content;
+    std::array<char, 65536> piece;
+    for (;;) {
+        const ssize_t size = read(descriptor, piece.data(), piece.size());
+        if (size > 0) content.append(piece.data(), static_cast<std::size_t>(size));
+        if (size == 0 || (size < 0 && errno != EINTR)) return content;
+    }
+}
+
 }  // namespace
 
 OutputFiles::~OutputFiles() {
@@ -99,19 +115,56 @@ void OutputFiles::Add(const std::string& path, std::string_view content) {
     std::string temporary = DirectoryOf(target) + "/.predselect-XXXXXX";
     Descriptor file(mkostemp(temporary.data(), O_CLOEXEC));
     if (file.Number() < 0) FailToWrite(path, errno);
-    fvPending.push_back({target, temporary});
+    fvPending.push_back({target, temporary, true, false});
     if (fchmod(file.Number(), ModeFor(target)) != 0 || !WriteAll(file.Number(), content) ||
         fsync(file.Number()) != 0 || !file.Close()) {
         FailToWrite(path, errno);
     }
 }
 
+int OutputFiles::TryPlace(const std::string& path, std::string& temporaryOut) {
+    const bool isStream = IsStream(path);
+    const std::string target = isStream ? path : ResolvedPath(path);
+    temporaryOut = (isStream ? TemporaryDirectory() : DirectoryOf(target)) + "/.predselect-XXXXXX";
+    const Descriptor file(mkostemp(temporaryOut.data(), O_CLOEXEC));
+    if (file.Number() < 0) return errno;
+    fvPending.push_back({target, temporaryOut, false, isStream});
+    return isStream || fchmod(file.Number(), ModeFor(target)) == 0 ? 0 : errno;
+}
+
+std::string OutputFiles::Place(const std::string& path) {
+    std::string temporary;
+    if (const int error = TryPlace(path, temporary)) FailToWrite(path, error);
+    return temporary;
+}
+
+// Brings what others have written to the disk, or to where the streams wait.
+void OutputFiles::Complete() {
+    for (Pending& file : fvPending) {
+        if (file.fbComplete) continue;
+        const Descriptor written(open(file.fTemporary.c_str(), O_RDONLY | O_CLOEXEC));
+        if (written.Number() < 0) FailToWrite(file.fPath, errno);
+        if (file.fbStream) {
+            fvStreams.push_back({file.fPath, ReadAll(written.Number())});
+        } else if (fsync(written.Number()) != 0) {
+            FailToWrite(file.fPath, errno);
+        }
+        file.fbComplete = true;
+    }
+}
+
 void OutputFiles::Commit() {
     if (Interrupted()) throw ProgramError(kInterrupted, "interrupted");
+    Complete();
     for (const Stream& stream : fvStreams) WriteStream(stream.fPath, stream.fContent);
     fvStreams.clear();
     while (!fvPending.empty()) {
         const Pending& file = fvPending.front();
+        if (file.fbStream) {
+            unlink(file.fTemporary.c_str());
+            fvPending.erase(fvPending.begin());
+            continue;
+        }
         if (rename(file.fTemporary.c_str(), file.fPath.c_str()) != 0) {
             FailToWrite(file.fPath, errno);
         }

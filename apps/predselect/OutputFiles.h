@@ -20,6 +20,11 @@ class OutputFiles {
 
     /// Takes the content that is to stand at the path. "-" is standard output.
     void Add(const std::string& path, std::string_view content);
+    /// Gives the path of a new, empty file whose content, written by others before Commit, is to
+    /// stand at the path.
+    std::string Place(const std::string& path);
+    /// The same without an exception: 0, or an errno.
+    int TryPlace(const std::string& path, std::string& temporaryOut);
     /// Writes devices, pipes and standard output, which cannot be taken back, and then renames the
     /// files. Should a rename fail all the same, files renamed before it stay.
     void Commit();
@@ -28,11 +33,15 @@ class OutputFiles {
     struct Pending {
         std::string fPath;
         std::string fTemporary;
+        bool fbComplete = true;  // written and synced
+        bool fbStream = false;   // to be copied there, not renamed
     };
     struct Stream {
         std::string fPath;
         std::string fContent;
     };
+    void Complete();
+
     std::vector<Pending> fvPending;
     std::vector<Stream> fvStreams;
 };

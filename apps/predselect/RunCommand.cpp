@@ -1,23 +1,30 @@
 #include "apps/predselect/RunCommand.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
+#include <exception>
 #include <fstream>
 #include <iostream>
 #include <iterator>
 #include <optional>
 #include <sstream>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
+#include "apps/predselect/BayesCommandText.h"
 #include "apps/predselect/ChartFiles.h"
 #include "apps/predselect/OutputFiles.h"
 #include "apps/predselect/OutputPaths.h"
 #include "apps/predselect/ProgressLine.h"
+#include "apps/predselect/SaveData.h"
 #include "apps/predselect/SelectCommandText.h"
 #include "apps/predselect/Signals.h"
+#include "apps/predselect/StateFile.h"
 #include "apps/predselect/Terminal.h"
 #include "backend/predselect/PREDSELE.h"
 #include "embedded/CommandRunner.h"
@@ -52,7 +59,15 @@ struct CommandSource {
     std::string fText;
 };
 
-CommandSource SourceOf(const ProgramOptions& options) {
+// data null: none were given, for a command that is only shown.
+CommandSource SourceOf(const ProgramOptions& options, const embedded::DataSet* data) {
+    if (options.fVerb == Verb::Bayes) {
+        const std::optional<std::int64_t> memory =
+            data == nullptr ? std::nullopt
+                            : MemAllocateFor(data->RowCount(), data->ColumnCount(),
+                                             options.fBayes.fMemory.value_or(HalfOfMemory()));
+        return {"command of these options", BayesCommandText(options, memory)};
+    }
     if (options.fVerb == Verb::Select) {
         return {"command of these options", SelectCommandText(options.fSelect)};
     }
@@ -79,10 +94,15 @@ std::vector<embedded::CommandTokens> ReadCommands(const CommandSource& source) {
 void CheckOutputs(const ProgramOptions& options,
                   const std::vector<embedded::CommandTokens>& commands) {
     const OutputOptions& output = options.fOutput;
-    CheckOutputPaths({{"--html", output.fHtml},
-                      {"--json", output.fJson},
-                      {"--chart", output.fChart},
-                      {"--vega", output.fVega}},
+    std::vector<NamedPath> outputs = SavedPaths(options);
+    outputs.insert(outputs.end(), {{"--html", output.fHtml},
+                                   {"--json", output.fJson},
+                                   {"--chart", output.fChart},
+                                   {"--vega", output.fVega},
+                                   {"--pmml", output.fPmml},
+                                   {"--state", output.fState},
+                                   {"--state-xml", output.fStateXml}});
+    CheckOutputPaths(outputs,
                      {{"the data file", options.fDataPath},
                       {"the dictionary of the data", options.fOpen.fSchemaPath.empty()
                                                          ? options.fDataPath + ".schema.json"
@@ -98,8 +118,9 @@ void CheckOutputs(const ProgramOptions& options,
 
 // An output on standard output takes the place of the text report.
 bool ShowsText(const OutputOptions& output) {
-    return !output.fbQuiet && output.fHtml != "-" && output.fJson != "-" && output.fChart != "-" &&
-           output.fVega != "-";
+    const std::array files{output.fHtml, output.fJson, output.fChart, output.fVega,
+                           output.fSave, output.fPmml, output.fState, output.fStateXml};
+    return !output.fbQuiet && std::find(files.begin(), files.end(), "-") == files.end();
 }
 
 std::string TextReport(const embedded::Report& report, const OutputOptions& output,
@@ -147,8 +168,46 @@ ExitStatus TellFailure(const embedded::CommandReport& command) {
     return refused ? kWrongUse : kCommandFailed;
 }
 
-void WriteReport(const embedded::Report& report, const OutputOptions& output) {
-    OutputFiles files;
+// The state of the engine as it ends its run, in the forms that are asked for.
+class EngineTaker {
+ public:
+    explicit EngineTaker(const OutputOptions& output) : fOutput(output) {}
+
+    bool IsAsked() const { return !fOutput.fState.empty() || !fOutput.fStateXml.empty(); }
+    // Keeps what goes wrong for AddTo: the host must not see an exception.
+    void Take(const SavableEngine& engine, const embedded::RecordLayout& layout) {
+        try {
+            if (!fOutput.fState.empty()) fState = WrittenState(TakeState(engine, layout));
+            if (!fOutput.fStateXml.empty()) fXml = TakeStateAsXML(engine);
+        } catch (...) {
+            fFault = std::current_exception();
+        }
+    }
+    void AddTo(OutputFiles& files) const {
+        if (fFault) std::rethrow_exception(fFault);
+        if (fState) files.Add(fOutput.fState, *fState);
+        if (fXml) files.Add(fOutput.fStateXml, *fXml);
+    }
+
+ private:
+    const OutputOptions& fOutput;
+    std::optional<std::string> fState;
+    std::optional<std::string> fXml;
+    std::exception_ptr fFault;
+};
+
+// A classifier with a weight variable can be saved, but by the layout of its list not read back.
+void CheckState(const ProgramOptions& options, const embedded::DataSet& data) {
+    if (options.fVerb != Verb::Bayes || options.fOutput.fState.empty()) return;
+    if (data.WeightIndex() < 0) return;
+    throw ProgramError(
+        kWrongUse, "--state cannot keep a classifier that is trained with the weight variable " +
+                       data.Variable(data.WeightIndex()).GetName() +
+                       ": it could not be read back; leave out the weight, or write --pmml or "
+                       "--state-xml");
+}
+
+void WriteReport(const embedded::Report& report, const OutputOptions& output, OutputFiles& files) {
     if (!output.fHtml.empty()) files.Add(output.fHtml, embedded::HtmlRenderer::Render(report));
     if (!output.fJson.empty()) files.Add(output.fJson, embedded::JsonRenderer::Render(report));
     // A run that left no predictor draws none, and that is no failure.
@@ -167,29 +226,61 @@ void WriteReport(const embedded::Report& report, const OutputOptions& output) {
 }  // namespace
 
 ExitStatus RunCommand(const ProgramOptions& options) {
-    const CommandSource source = SourceOf(options);
-    if (options.fbShowCommand) {
-        WriteStandardOutput(source.fText);
+    const bool isShown = options.fbShowCommand;
+    std::optional<embedded::DataSet> data;
+    std::optional<ProgressLine> progress;
+    const auto open = [&] {
+        if (ProgressIsSeen() && !options.fOutput.fbQuiet) progress.emplace();
+        if (progress) progress->Show("Reading " + options.fDataPath);
+        data.emplace(embedded::OpenDataSet(options.fDataPath, options.fOpen));
+    };
+    // What bayes asks of the memory depends on the data; all else is checked before they are read.
+    std::optional<CommandSource> source;
+    std::vector<embedded::CommandTokens> commands;
+    const auto prepare = [&](const embedded::DataSet* known) {
+        source = SourceOf(options, known);
+        commands = ReadCommands(*source);
+        CheckOutputs(options, commands);
+    };
+    if (isShown) {
+        if (options.fVerb == Verb::Bayes && !options.fDataPath.empty()) open();
+        WriteStandardOutput(SourceOf(options, data ? &*data : nullptr).fText);
         return kDone;
     }
-    const std::vector<embedded::CommandTokens> commands = ReadCommands(source);
-    CheckOutputs(options, commands);
-
-    std::optional<ProgressLine> progress;
-    if (ProgressIsSeen() && !options.fOutput.fbQuiet) progress.emplace();
-    if (progress) progress->Show("Reading " + options.fDataPath);
-    embedded::DataSet data = embedded::OpenDataSet(options.fDataPath, options.fOpen);
+    prepare(nullptr);
+    open();
+    CheckState(options, *data);
+    if (options.fVerb == Verb::Bayes) prepare(&*data);
 
     StopThroughCommands();
+    OutputFiles files;
+    EngineTaker taker(options.fOutput);
+    embedded::RunOptions run;
+    run.fpProgress = progress ? &*progress : nullptr;
+    run.fSeed = options.fSeed.value_or(run.fSeed);
+    if (taker.IsAsked()) {
+        run.fTakeEngine = [&taker](const SavableEngine& engine,
+                                   const embedded::RecordLayout& layout) {
+            taker.Take(engine, layout);
+        };
+    }
+    run.fPlaceModelFile = [&files](const std::string& path) {
+        std::string temporary;
+        if (const int error = files.TryPlace(path, temporary)) {
+            throw std::system_error(error, std::generic_category());
+        }
+        return temporary;
+    };
     embedded::Report report;
     report.fVersion = PREDSELECT_VERSION;
-    report.fvCommands =
-        embedded::RunCommands(data, commands, &PREDSELE, progress ? &*progress : nullptr);
+    report.fvCommands = embedded::RunCommands(*data, commands, &PREDSELE, run);
     progress.reset();
-    TellNotes(data);
+    TellNotes(*data);
 
     if (report.fvCommands.back().fStatus == embedded::CommandStatus::Ok) {
-        WriteReport(report, options.fOutput);
+        taker.AddTo(files);
+        SaveData(*data, options, files);
+        WriteReport(report, options.fOutput, files);
         return kDone;
     }
     const ExitStatus status = TellFailure(report.fvCommands.back());

@@ -6,6 +6,7 @@
 
 #include "apps/predselect/CommandLine.h"
 #include "apps/predselect/Completion.h"
+#include "apps/predselect/ModelCommands.h"
 #include "apps/predselect/OutputFiles.h"
 #include "apps/predselect/ProgramError.h"
 #include "apps/predselect/RunCommand.h"
@@ -23,7 +24,14 @@ app::ExitStatus Perform(const CLI::App& commandLine, app::ProgramOptions& option
                                      !options.fOutput.fVega.empty();
             return app::RunCommand(options);
         case app::Verb::Run:
+        case app::Verb::Bayes:
             return app::RunCommand(options);
+        case app::Verb::Score:
+            return app::ScoreCommand(options);
+        case app::Verb::Update:
+            return app::UpdateCommand(options);
+        case app::Verb::Merge:
+            return app::MergeCommand(options);
         case app::Verb::Describe:
             return app::DescribeCommand(options);
         case app::Verb::Completion:

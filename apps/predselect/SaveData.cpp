@@ -1,0 +1,40 @@
+#include "apps/predselect/SaveData.h"
+
+#include "embedded/data/Describe.h"
+#include "embedded/data/SaveDataSet.h"
+
+namespace app {
+namespace {
+
+embedded::SaveFormat FormatOf(const std::string& path) {
+    return path == "-" ? embedded::SaveFormat::kCsv : embedded::SaveFormatOf(path);
+}
+
+// Empty when none is to be written.
+std::string DictionaryPath(const ProgramOptions& options) {
+    const std::string& path = options.fOutput.fSave;
+    if (path.empty() || path == "-") return {};
+    const bool hasDictionary =
+        !options.fOpen.fSchemaPath.empty() ||
+        (options.fDataPath != "-" && FileExists(options.fDataPath + ".schema.json"));
+    return hasDictionary ? path + ".schema.json" : std::string();
+}
+
+}  // namespace
+
+std::vector<NamedPath> SavedPaths(const ProgramOptions& options) {
+    if (options.fOutput.fSave.empty()) return {};
+    FormatOf(options.fOutput.fSave);
+    return {{"--save", options.fOutput.fSave},
+            {"the dictionary of --save", DictionaryPath(options)}};
+}
+
+void SaveData(const embedded::DataSet& data, const ProgramOptions& options, OutputFiles& files) {
+    const std::string& path = options.fOutput.fSave;
+    if (path.empty()) return;
+    embedded::SaveDataSet(data, FormatOf(path), files.Place(path));
+    const std::string dictionary = DictionaryPath(options);
+    if (!dictionary.empty()) files.Add(dictionary, embedded::SchemaOf(data));
+}
+
+}  // namespace app

@@ -1,0 +1,194 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "apps/predselect/ModelCommands.h"
+#include "apps/predselect/ModelNotes.h"
+#include "apps/predselect/OutputFiles.h"
+#include "apps/predselect/OutputPaths.h"
+#include "apps/predselect/ProgressLine.h"
+#include "apps/predselect/SaveData.h"
+#include "apps/predselect/SavedModel.h"
+#include "apps/predselect/Signals.h"
+#include "apps/predselect/Terminal.h"
+#include "embedded/cases/LayoutRecords.h"
+#include "embedded/command/NewNames.h"
+#include "embedded/data/NewColumns.h"
+#include "embedded/data/OpenDataSet.h"
+#include "embedded/strings/StringTable.h"
+#include "host/HostGlobals.h"
+#include "host/Progress.h"
+#include "naivebayes/NBOutput.h"
+#include "naivebayes/NBOutputStatistics.h"
+
+namespace app {
+namespace {
+
+void CheckPaths(const ProgramOptions& options) {
+    CheckOutputPaths(SavedPaths(options),
+                     {{"the data file", options.fDataPath}, {"the model", options.fModel.fState}});
+    if (options.fOutput.fSave.empty() && options.fOutput.fbQuiet) {
+        throw ProgramError(kWrongUse, "nothing would be written; leave out --quiet or give --save");
+    }
+}
+
+// The new variables of a scored data set, as a run that saves predictions makes them.
+class Predictions {
+ public:
+    Predictions(const embedded::DataSet& data, const SavedModel& model, const ModelOptions& options)
+        : fColumns(data.ColumnCount(), data.RowCount()), fTarget(model.Target()) {
+        const std::int32_t classes = model.Engine().GetNumTargetCategories();
+        const std::int32_t count = std::min(classes, options.fMaxProbabilities);
+        fColumns.SetSlots(UINT32_MAX);
+        const auto isTaken = [&data](const std::string& name) {
+            for (std::int32_t i = 0; i < data.ColumnCount(); ++i) {
+                if (AreStringsEqualCase(data.Variable(i).GetName(), name)) return true;
+            }
+            return false;
+        };
+        AddPredicted(data,
+                     embedded::FreeName(NameOr(options.fPredicted, "PredictedValue"), isTaken));
+        AddProbabilities(embedded::FreeNames(NameOr(options.fProbabilities, "PredictedProbability"),
+                                             count, isTaken));
+    }
+
+    void Set(std::int64_t row, const NBOutput& output) {
+        const auto winner = static_cast<std::size_t>(output.GetWinner());
+        if (winner < fTarget.fvValues.size()) SetPredicted(row, fTarget.fvValues[winner]);
+        for (std::size_t i = 0; i < fvProbabilities.size(); ++i) {
+            fColumns.Set(fvProbabilities[i], row, output.GetValues()[i]);
+        }
+    }
+
+    void MoveTo(embedded::DataSet& data) { fColumns.MoveTo(data); }
+
+ private:
+    static std::string NameOr(const std::string& name, const char* otherwise) {
+        return name.empty() ? otherwise : name;
+    }
+
+    void AddPredicted(const embedded::DataSet& data, std::string name) {
+        KOLT_Variable& variable = *fColumns.Make(fTarget.fType, fPredicted);
+        // Shown as the target is, where the data have it.
+        const std::int32_t target = data.FindVariable(fTarget.fName);
+        if (target >= 0 && data.Variable(target).GetType() == fTarget.fType) {
+            variable.SetFormat(data.Variable(target).GetFormat());
+            variable.SetWriteFormat(data.Variable(target).GetWriteFormat());
+            variable.SetAlignment(data.Variable(target).GetAlignment());
+        }
+        variable.SetMeasurementLevel(kLevelNominal);
+        variable.SetLabel(std::string(embedded::TextOf("Predicted Value")));
+        variable.SetName(std::move(name));
+    }
+
+    void AddProbabilities(const std::vector<std::string>& names) {
+        for (const std::string& name : names) {
+            std::int32_t column = -1;
+            KOLT_Variable& variable = *fColumns.Make(0, column);
+            variable.SetFormat(kFormatNumber, 5, 3);
+            variable.SetWriteFormat(kFormatNumber, 5, 3);
+            variable.SetMeasurementLevel(kLevelScale);
+            variable.SetName(name);
+            fvProbabilities.push_back(column);
+        }
+    }
+
+    void SetPredicted(std::int64_t row, const KoltObs& value) {
+        if (const double* number = std::get_if<double>(&value)) {
+            fColumns.Set(fPredicted, row, *number);
+        } else {
+            fColumns.Set(fPredicted, row, std::get<std::string>(value), fTarget.fType);
+        }
+    }
+
+    embedded::NewColumns fColumns;
+    const embedded::RecordLayoutColumn& fTarget;
+    std::int32_t fPredicted = -1;
+    std::vector<std::int32_t> fvProbabilities;
+};
+
+struct Counts {
+    std::int64_t fCases = 0;
+    std::int64_t fByPriors = 0;  // no predictor was valid
+};
+
+std::string Percent(double share, double whole) {
+    return fmt::format("{:.1f}%", whole > 0.0 ? 100.0 * share / whole : 0.0);
+}
+
+// What was done, and how good it was where the data say what is true.
+std::string Summary(const ProgramOptions& options, const SavedModel& model, const Counts& counts) {
+    std::string text = fmt::format("Scored {} cases of {} for {}.\n", counts.fCases,
+                                   options.fDataPath, model.Target().fName);
+    if (counts.fByPriors > 0) {
+        text += fmt::format(
+            "{} of them have no valid predictor and got the share of each category in "
+            "the training sample.\n",
+            counts.fByPriors);
+    }
+    const NBOutputStatistics* statistics = model.Engine().GetTestStatistics();
+    if (statistics != nullptr) {
+        const double total = statistics->GetTotalWeight();
+        double correct = 0.0;
+        for (std::int32_t k = 0; k < statistics->GetNumCategories(); ++k) {
+            correct += statistics->GetCell(k, k);
+        }
+        text += fmt::format("Correct: {:.0f} of {:.0f} cases in which {} is known ({}).\n", correct,
+                            total, model.Target().fName, Percent(correct, total));
+    }
+    return text;
+}
+
+}  // namespace
+
+ExitStatus ScoreCommand(const ProgramOptions& options) {
+    CheckPaths(options);
+    const SavedModel model(options.fModel.fState);
+    std::optional<ProgressLine> progress;
+    if (ProgressIsSeen() && !options.fOutput.fbQuiet) progress.emplace().Show("Scoring");
+    embedded::DataSet data = embedded::OpenDataSet(options.fDataPath, options.fOpen);
+    StopThroughCommands();
+
+    embedded::LayoutRecordsOptions reading;
+    reading.fbIgnoreWeights = true;
+    for (std::int32_t i = 0; i < static_cast<std::int32_t>(model.Layout().fvColumns.size()); ++i) {
+        if (!model.IsInput(i)) reading.fvMayLack.push_back(i);
+    }
+    embedded::LayoutRecords records =
+        ReadByLayout(data, model.Layout(), reading, options.fDataPath);
+    const bool knowsTarget = data.FindVariable(model.Target().fName) >= 0;
+    MCStopProcessor stop(0.0);
+    Predictions predictions(data, model, options.fModel);
+    NBOutput output(model.Engine().GetNumTargetCategories());
+    Counts counts;
+    while (records.HasMore()) {
+        if (stop.IsCancelled()) throw ProgramError(kInterrupted, "interrupted");
+        const MCCommon::Record& record = *records.Next();
+        const NBStatus status = knowsTarget ? model.Engine().TallyRecord(record, output, false)
+                                            : model.Engine().ScoreRecord(record, output);
+        if (status.IsError()) {
+            throw ProgramError(kCommandFailed, "cannot score " + options.fDataPath + ": " +
+                                                   ReasonOf(status, model));
+        }
+        ++counts.fCases;
+        if (status.GetCode() == NBCode::kNoValidPredictor) ++counts.fByPriors;
+        predictions.Set(records.Row(), output);
+    }
+    progress.reset();
+    TellUnknownValues(records, model.Layout());
+    predictions.MoveTo(data);
+
+    OutputFiles files;
+    SaveData(data, options, files);
+    if (!options.fOutput.fbQuiet && options.fOutput.fSave != "-") {
+        files.Add("-", Summary(options, model, counts));
+    }
+    files.Commit();
+    return kDone;
+}
+
+}  // namespace app
