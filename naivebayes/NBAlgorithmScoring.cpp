@@ -67,15 +67,15 @@ void NBAlgorithm::ComputePosterior() {
     }
     double sum = 0.0;
     for (const double product : fvPosteriors) sum += product;
-    // Intended: nothing guards against a sum of 0. Where all products underflow the posteriors are
-    // not numbers, and FindWinner gives category 0.
+    // Intended: nothing guards against a sum of 0. The posteriors are then not numbers and
+    // FindWinner gives category 0, see ProductsThatUnderflowGiveNotANumberAndTheFirstCategory.
     for (double& product : fvPosteriors) product /= sum;
 }
 
 std::int32_t NBAlgorithm::FindWinner() {
-    // The candidates of a tie, in order. Intended: category 0 is never among them, so a tie of 0
-    // and one other goes to 0 whatever their weights, and in a tie of 0 and several others the
-    // first of these is passed over. See the tests of the tie rule.
+    // The heaviest category of a tie wins. Intended: category 0 never joins a tie, so one of 0 and
+    // another goes to 0 whatever their weights, and in one of 0 and several others the first of
+    // these is passed over, see NBAlgorithmTies.
     fvTies.clear();
     std::size_t winner = 0;
     double best = fvPosteriors[0];
@@ -144,8 +144,8 @@ NBStatus NBAlgorithm::ClassifyRecords(MCCommon::RecordIterator& records,
         ComputePosterior();
         const std::int32_t winner = FindWinner();
         if (winner != static_cast<std::int32_t>(observed + 0.5)) wrongWeight += weight;
-        // Intended: the cell goes by the truncated code, the error by the rounded one. Codes are
-        // whole numbers.
+        // Intended: the cell goes by the truncated code, the error by the rounded one, see
+        // AFractionalTargetIsTruncatedForItsCellAndRoundedForTheError. Codes are whole numbers.
         tableOut.AddCell(static_cast<std::int32_t>(observed), winner, weight);
     }
     if (fInterrupt.IsStopped()) return Error(NBCode::kInterrupted);
