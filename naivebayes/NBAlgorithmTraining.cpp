@@ -28,6 +28,24 @@ std::int32_t SumOfCounts(std::int32_t left, std::int32_t right) {
     return static_cast<std::int32_t>(std::min(std::int64_t{left} + right, kMost));
 }
 
+/// Another source's records, counted as they pass.
+class CountingSource final : public MCCommon::RecordIterator {
+ public:
+    explicit CountingSource(MCCommon::RecordIterator& source) : fSource(source) {}
+    bool HasMore() override { return fSource.HasMore(); }
+    const MCCommon::Record* Next() override {
+        const MCCommon::Record* record = fSource.Next();
+        if (record != nullptr) ++fCount;
+        return record;
+    }
+    std::int32_t GetFailReason() const override { return fSource.GetFailReason(); }
+    std::int32_t Count() const { return fCount; }
+
+ private:
+    MCCommon::RecordIterator& fSource;
+    std::int32_t fCount = 0;
+};
+
 }  // namespace
 
 template <class Train>
@@ -113,7 +131,13 @@ NBStatus NBAlgorithm::SelectSubset(MCCommon::MultiPassRecordIter& records, std::
         fExcludedWeight = fpPreparator->GetWeightExcluded();
         records.NewPass();
         if (store != nullptr) {
-            status = AccumulateRecords(*store, count, false);
+            CountingSource kept(*store);
+            status = AccumulateRecords(kept, count, false);
+            // Fewer than were written: the disk was full. A model of the others would pass for one
+            // of all.
+            if (!fInterrupt.IsStopped() && kept.Count() < count) {
+                status = Error(NBCode::kNoTempFile);
+            }
             store->NewPass();
         }
         if (status.IsError()) return FinishTraining(status);
