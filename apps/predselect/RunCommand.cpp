@@ -284,10 +284,14 @@ ExitStatus RunCommand(const ProgramOptions& options) {
         return kDone;
     }
     const ExitStatus status = TellFailure(report.fvCommands.back());
-    report.fvCommands.pop_back();
-    // What earlier commands found is shown, but a failed run leaves no file.
+    // Its messages have been told. What it found before it failed says why: the excluded
+    // predictors.
+    embedded::CommandReport& failed = report.fvCommands.back();
+    failed.fvMessages.clear();
+    if (failed.fvItems.empty()) report.fvCommands.pop_back();
+    // What earlier commands found is shown too, but a failed run leaves no file.
     if (status != kInterrupted && ShowsText(options.fOutput) && !report.fvCommands.empty()) {
-        WriteStandardOutput(TextReport(report, options.fOutput, true));
+        WriteStandardOutput(TextReport(report, options.fOutput, commands.size() > 1));
     }
     return status;
 }

@@ -108,7 +108,7 @@ def table(tmp_path):
 def fails(status, *arguments, folder):
     """One line on standard error, nothing on standard output, no new file."""
     before = files_in(folder)
-    result = program(*arguments)
+    result = program(*arguments, "--quiet")
     lines = [line for line in result.stderr.splitlines()
              if not line.startswith(("predselect: note:", "predselect: warning:"))]
     assert result.returncode == status, result.stderr
@@ -140,6 +140,13 @@ def test_target_not_categorical(table, outputs, tmp_path):
 def test_forced_predictor_constant(table, outputs, tmp_path):
     fails_with("forced", COMMAND_FAILED, "bayes", "--data", table, "--target", "y",
                "--force-factors", "one", *outputs, folder=tmp_path)
+
+
+def test_excluded_predictors_are_shown_when_none_is_left(table):
+    result = program("bayes", "--data", table, "--target", "y", "--factors", "one")
+    assert result.returncode == COMMAND_FAILED
+    assert len(result.stderr.splitlines()) == 1
+    assert "Excluded Predictors" in result.stdout and "one" in result.stdout
 
 
 def test_target_constant(table, outputs, tmp_path):
