@@ -6,13 +6,18 @@
 #include <memory>
 #include <string>
 
+#include "backend/predselect/NaiveOutput.h"
+#include "backend/predselect/PRSMultiFactory.h"
 #include "backend/predselect/PRSParser.h"
 #include "backend/predselect/PRSUniFactory.h"
 #include "backend/predselect/PRSValidSpecs.h"
+#include "backend/predselect/SavedState.h"
 #include "backend/predselect/SelOutput.h"
+#include "featureselect/IFSAlgorithm.h"
 #include "host/CaseDelivery.h"
 #include "host/CommandLanguage.h"
 #include "host/Data.h"
+#include "host/EngineState.h"
 #include "host/HostGlobals.h"
 #include "host/Output.h"
 
@@ -58,6 +63,12 @@ class PreservedWords {
 // No predictor survived: 80010 or 80011.
 bool NothingLeft(const FSStatus& status) { return status.fCode - 80010U < 2U; }
 
+// The host may keep what the engine has learned.
+template <class Engine>
+void OfferState(const char* commandName, Engine* engine) {
+    if (engine != nullptr && !ErrorRecorded()) OfferEngineState(SavedState(commandName, *engine));
+}
+
 void RunSelection(const PRSValidSpecs& specs, ProcedureDataSource& source, BpProcedure& procedure) {
     PRSUniFactory factory(specs, source);
     SelOutput output(specs, factory, source, procedure);
@@ -72,6 +83,49 @@ void RunSelection(const PRSValidSpecs& specs, ProcedureDataSource& source, BpPro
     } else if (specs.GetPrintExcluded()) {
         output.WriteExcludedPredictors();
     }
+    OfferState("SELECTPRED", factory.GetAlgorithm());
+}
+
+// The stages before the run: true when the engine has something to work on.
+bool PrepareClassifier(const PRSValidSpecs& specs, PRSMultiFactory& factory,
+                       const NaiveOutput& output) {
+    if (ErrorRecorded()) return false;
+    if (!factory.CheckTrainingData() || ErrorRecorded()) return false;
+    if (factory.BuildVarList()) return true;
+    // The one report of a run whose variables make no model.
+    if (specs.GetPrintExcluded()) output.WriteExcludedPredictors();
+    return false;
+}
+
+void RunClassifier(const PRSValidSpecs& specs, ProcedureDataSource& source,
+                   BpProcedure& procedure) {
+    PRSMultiFactory factory(specs, source);
+    const NaiveOutput output(specs, factory, source, procedure);
+    output.WriteMissingNotes();
+    const bool prepared = PrepareClassifier(specs, factory, output);
+    if (prepared && gDisplaySpecs) specs.Display(std::cout);
+
+    const bool ran = prepared && !ErrorRecorded() && factory.Run();
+    if (ErrorRecorded()) return;
+    if (!ran) {
+        factory.ReportFailure();
+    } else if (factory.GetAlgorithm() != nullptr) {
+        output.WriteTables();
+        OfferState("NAIVEBAYES", factory.GetAlgorithm());
+    }
+}
+
+// How many 8-byte slots the new variables fill in each case. As many probabilities as were asked
+// for: how many categories the target has is not known yet.
+std::int32_t SlotsOfSavedVariables(const PRSValidSpecs& specs, const ProcedureDataSource& source) {
+    constexpr std::int32_t kSlotBytes = 8;
+    std::int32_t slots = 0;
+    if (!specs.GetPredValName().IsEmpty()) {
+        const std::int32_t type = source.GetVariable(specs.GetDependVar()).GetType();
+        slots = type <= kSlotBytes ? 1 : (type + kSlotBytes - 1) / kSlotBytes;
+    }
+    if (!specs.GetPredProbRoot().IsEmpty()) slots += specs.GetMaxPredProbs();
+    return slots;
 }
 
 // Everything between the parser's construction and the teardown. Each stage starts only while no
@@ -81,16 +135,22 @@ void RunStages(bool isSelect, PRSValidSpecs& specs, PRSParser& parser, Procedure
     if (!parser.Parse()) return;
     if (ErrorRecorded()) return;
     specs.FinishSpecs();
-    if (!isSelect) {
-        BpError(BpString("The classifier is not part of this version...", true), kBpErrorShow,
-                kBpError);
-        return;
-    }
-    if (!specs.GetFSSettings() || ErrorRecorded()) return;
+    const bool hasSettings =
+        isSelect ? specs.GetFSSettings() != nullptr : specs.GetNBSettings() != nullptr;
+    if (!hasSettings || ErrorRecorded()) return;
 
-    // The message does not end the run: the controller finds the empty data on its own.
-    if (source.ColumnCount() == 0) UAInpAdaptMsg(source).NoValidCasesForSelect();
-    RunSelection(specs, source, procedure);
+    if (source.ColumnCount() == 0) {
+        // The message does not end the run: the controller finds the empty data on its own.
+        UAInpAdaptMsg(source).NoValidCasesForSelect();
+    } else if (!isSelect) {
+        const std::int32_t slots = SlotsOfSavedVariables(specs, source);
+        if (slots > 0) source.SetMaxObsAdded(static_cast<std::uint32_t>(slots));
+    }
+    if (isSelect) {
+        RunSelection(specs, source, procedure);
+    } else {
+        RunClassifier(specs, source, procedure);
+    }
 }
 
 }  // namespace

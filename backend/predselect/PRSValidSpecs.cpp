@@ -1,6 +1,7 @@
 #include "backend/predselect/PRSValidSpecs.h"
 
 #include <algorithm>
+#include <limits>
 #include <ostream>
 
 #include "featureselect/FSCriterion.h"
@@ -8,7 +9,10 @@
 #include "featureselect/FSSettings.h"
 #include "host/Assertion.h"
 #include "host/CaseDelivery.h"
+#include "host/Files.h"
 #include "host/Progress.h"
+#include "host/Random.h"
+#include "naivebayes/NaiveBayesSettings.h"
 
 class PRSValidSpecs::VarRegistry : public UAVarValidSpecs {
  public:
@@ -183,10 +187,14 @@ void PRSValidSpecs::FinishSpecs() {
         std::vector<std::int32_t> columns;
         fpVarValidSpecs->AddVariables(*fpPredictList, columns, *fbpPredCatVarList);
     }
-    if (!fbUniVariable) {
-        return;
+    if (fbUniVariable) {
+        FinishSelectPred(targetColumn, weightColumn);
+    } else {
+        FinishNaiveBayes();
     }
+}
 
+void PRSValidSpecs::FinishSelectPred(std::int32_t targetColumn, std::int32_t weightColumn) {
     if (fbpPredCatVarList != nullptr) {
         fpFSSettings = std::make_unique<FSSettings>(*fbpPredCatVarList, fbDependCat);
     } else {
@@ -212,6 +220,26 @@ void PRSValidSpecs::FinishSpecs() {
         }
     }
     fpFSSettings->SetCancelCheck(fpStopProcessor.get());
+}
+
+void PRSValidSpecs::FinishNaiveBayes() {
+    fpNBSettings = std::make_unique<NaiveBayesSettings>();
+    fpRandom = std::make_unique<UAUniformRandom>();
+    if (fpForcePredList != nullptr && fbpForceCatVarList != nullptr) {
+        std::vector<std::int32_t> columns;
+        fpVarValidSpecs->AddVariables(*fpForcePredList, columns, *fbpForceCatVarList);
+    }
+    PREDSEL_ASSERT(fMultiMemAllocate >= 4.0, "fMultiMemAllocate >= 4.0");
+    // Values of 8 bytes each and an allowance for the record itself.
+    const double recordBytes = fpVarValidSpecs->GetNRecordVars() * 8.0 + 16.0;
+    const double records = fMultiMemAllocate * 1024.0 / recordBytes;
+    constexpr auto kMost = std::numeric_limits<std::int32_t>::max();
+    fpNBSettings->fMaxRecordsInMemory =
+        records < static_cast<double>(kMost) ? static_cast<std::int32_t>(records) : kMost;
+    // The generator stays the engine's own: simulated records do not hang on the host's seed.
+    fpNBSettings->fpUserRandom = fpRandom.get();
+    fpNBSettings->fpStopProcessor = fpStopProcessor.get();
+    fpNBSettings->fTempDir = GetKoltTempPath();
 }
 
 std::string_view PRSValidSpecs::RankingText(std::int32_t criterion) {

@@ -13,7 +13,9 @@
 
 class FSSettings;
 class MCStopProcessor;
+class UAUniformRandom;
 class UAVarValidSpecs;
+struct NaiveBayesSettings;
 
 /// What the user asked for, checked: the record between the parser, which fills it, and the engines
 /// and writers, which read it. One type serves both commands; the fields of the other command keep
@@ -127,6 +129,8 @@ class PRSValidSpecs {
     UAVarValidSpecs* GetVarValidSpecs() const;
     /// Null before FinishSpecs and for NAIVEBAYES. Borrowed from this object.
     FSSettings* GetFSSettings() const { return fpFSSettings.get(); }
+    /// Null before FinishSpecs and for SELECTPRED. Borrowed from this object.
+    NaiveBayesSettings* GetNBSettings() const { return fpNBSettings.get(); }
 
     std::int32_t GetPredictCount() const;
     std::int32_t GetForcePredCount() const;
@@ -138,9 +142,9 @@ class PRSValidSpecs {
     /// predictors as there are, else 0 while neither is known.
     std::int32_t GetEffectiveSelectSize() const;
 
-    /// Makes the variable registry, the time limit and, for SELECTPRED, the engine's settings.
-    /// Columns of a record: target, weight if any, predictors in list order. Called once, after a
-    /// parse that succeeded.
+    /// Makes the variable registry, the time limit and the engine's settings, for NAIVEBAYES the
+    /// random source too. Columns of a record: target, weight if any, predictors in list order,
+    /// forced predictors in theirs. Called once, after a parse that succeeded.
     void FinishSpecs();
 
     /// Debugging text of the members of the command at hand.
@@ -152,6 +156,8 @@ class PRSValidSpecs {
  private:
     class VarRegistry;  // the host's registry, deletable
 
+    void FinishSelectPred(std::int32_t targetColumn, std::int32_t weightColumn);
+    void FinishNaiveBayes();
     void DisplaySelectPred(std::ostream& out) const;
     void DisplayNaiveBayes(std::ostream& out) const;
 
@@ -205,8 +211,10 @@ class PRSValidSpecs {
     bool fbPrintUncertainty = false;
     bool fbPlotSummary = false;
     bool fbPlotUncertainty = false;
-    // The registry goes first at the end, then the settings, then the time limit that they poll.
+    // The registry goes first at the end, then the settings, then what they borrow.
     std::unique_ptr<MCStopProcessor> fpStopProcessor;
+    std::unique_ptr<UAUniformRandom> fpRandom;
+    std::unique_ptr<NaiveBayesSettings> fpNBSettings;
     std::unique_ptr<FSSettings> fpFSSettings;
     std::unique_ptr<VarRegistry> fpVarValidSpecs;
 };

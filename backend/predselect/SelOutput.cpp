@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "backend/predselect/OutputTables.h"
 #include "backend/predselect/PRSUniFactory.h"
 #include "backend/predselect/PRSValidSpecs.h"
 #include "featureselect/FSSettings.h"
@@ -15,34 +16,18 @@
 #include "host/Data.h"
 #include "host/Records.h"
 
-namespace {
+using OutputTables::kByLabel;
+using OutputTables::kColumns;
+using OutputTables::Key;
+using OutputTables::kRows;
+using OutputTables::ListCell;
+using OutputTables::MakeDimension;
+using OutputTables::Put;
 
-constexpr std::int32_t kRows = 0;
-constexpr std::int32_t kColumns = 1;
-constexpr std::int32_t kMissingTreatment = 4;  // group of the notes
-constexpr std::int32_t kByLabel = 2;
-constexpr std::int32_t kListColumnWidth = 150;
+namespace {
 
 enum PredictorSetType { kAllCategorical = 0, kAllContinuous = 1 };
 enum CriterionNumber { kPearson = 0, kLikelihood = 1, kCramer = 2, kLambda = 3, kF = 4, kT = 5 };
-
-BpString Key(std::string_view key) { return BpString(key, true); }
-
-BpDimension MakeDimension(BpPivotTable& table, std::string_view key, std::int32_t axis,
-                          std::int32_t order, bool hideTitle) {
-    const BpDimension dimension(table, Key(key));
-    dimension.Position(axis, order, hideTitle ? 1 : 0, 0);
-    return dimension;
-}
-
-// One cell that lists predictors, one a line or one after the other by the template.
-template <class Items>
-BpComposite ListCell(std::string_view form, bool isKey, const Items& items) {
-    BpComposite cell(form, isKey);
-    cell.AddSublist(std::vector<BpItem>(items.begin(), items.end()));
-    cell.Finish();
-    return cell;
-}
 
 // The numbers behind a criterion of one predictor, by the names that the tables give them.
 struct CriterionNumbers {
@@ -58,10 +43,6 @@ CriterionNumbers NumbersOf(const IFSAlgorithm& engine, std::int32_t criterion,
     engine.GetPredictorCriterion(criterion, predictor, numbers.fValue, numbers.fStatistic,
                                  numbers.fFirst, numbers.fSecond);
     return numbers;
-}
-
-void Put(const BpGroup& group, std::string_view key, double number, const BpFormatSpec& format) {
-    group.Category(Key(key)).Cell(BpNumber(number, format));
 }
 
 // An F of groups without any spread is the strongest possible and cannot be written as a number.
@@ -103,11 +84,7 @@ void SelOutput::WarnNoneSelected() const {
     BpError(Key("No predictors were selected."), kBpErrorShow, kBpWarning);
 }
 
-void SelOutput::WriteMissingNotes() const {
-    AddNotes(kMissingTreatment, Key("Definition of Missing"),
-             Key(fSpecs.GetUserMissExclude() ? "UserMiss excluded ..." : "UserMiss included ..."));
-    AddNotes(kMissingTreatment, Key("Cases Used"), Key("Only valid data used ..."));
-}
+void SelOutput::WriteMissingNotes() const { OutputTables::WriteMissingTreatment(fSpecs); }
 
 void SelOutput::WriteTables() const {
     WriteCaseProcessing();
@@ -126,26 +103,11 @@ void SelOutput::WriteCaseProcessing() const {
     std::int32_t validCases = 0, excludedCases = 0;
     engine.GetRecordCounts(valid, excluded, validCases, excludedCases);
 
-    BpPivotTable table(fProcedure,
-                       BpHeading(Key("Case Processing Summary"), "CaseProcessingSummary"));
-    const BpDimension rows = MakeDimension(table, "Value", kRows, 1, true);
-    const BpDimension columns = MakeDimension(table, "Statistics", kColumns, 1, true);
-    columns.Category(Key("N"));
-
-    const auto fillRow = [&](double weight, std::int64_t cases, std::optional<double> percent) {
-        Put(columns, "N", weight, BpProcedure::Count());
-        if (percent) Put(columns, "Percent", *percent, BpProcedure::Percent());
-        if (fSpecs.GetWeightVar() >= 0) {
-            Put(columns, "Unweighted N", static_cast<double>(cases), BpProcedure::Count());
-        }
-    };
-
+    OutputTables::CaseProcessingTable table(fSpecs, fProcedure);
     std::int32_t categories = 0;
     if (fSpecs.GetDependCat()) {
-        columns.Category(Key("Percent"));
         categories = engine.GetNumberOfTargetCategories();
         const std::int32_t target = fSpecs.GetDependVar();
-        const BpGroup group = rows.Group(BpVariable(target, kByLabel), 1, 2);
         for (std::int32_t position = 0; position < categories; ++position) {
             std::int32_t code = -1, variable = -1;
             IFSAlgorithm::CategoryCount count;
@@ -154,17 +116,10 @@ void SelOutput::WriteCaseProcessing() const {
             if (!fController.GetInputAdapter()->DecodeCatValue(target, code, variable, value)) {
                 continue;
             }
-            group.Category(BpDataValue(target, value, kByLabel));
-            fillRow(count.second, count.first, count.second / valid * 100.0);
+            table.AddCategory(value, count.second, count.first, count.second / valid * 100.0);
         }
     }
-    rows.Category(Key("Valid"));
-    fillRow(valid, validCases, categories > 1 ? std::optional(100.0) : std::nullopt);
-    rows.Category(Key("Excluded"));
-    fillRow(excluded, excludedCases, std::nullopt);
-    rows.Category(Key("Total"));
-    fillRow(valid + excluded, std::int64_t{validCases} + excludedCases, std::nullopt);
-    table.Send();
+    table.Finish(valid, validCases, excluded, excludedCases, categories > 1);
 }
 
 // --- Excluded Predictors ------------------------------------------------------------------------
@@ -250,18 +205,16 @@ void SelOutput::WriteExcludedPredictors() const {
     }
     const std::vector<std::int32_t> deleted = engine.GetDeletedIndices();
     const std::vector<std::int32_t> reasons = engine.GetDeletionReasons();
-    std::array<std::vector<BpVariable>, kExcludedRows.size()> lists;
+    std::array<std::vector<BpItem>, kExcludedRows.size()> lists;
     for (std::size_t i = 0; i < deleted.size(); ++i) {
         const std::size_t row =
             RowOf(reasons[i], engine.GetSettings().IsPredictorCategorical(deleted[i]));
         if (row < lists.size()) lists[row].push_back(Heading(deleted[i]));
     }
 
-    BpPivotTable table(fProcedure, BpHeading(Key("Excluded Predictors"), "ExcludedPredictors"));
-    table.SetCaption(Key("Screening performed in displayed order ..."));
-    table.SetMinDataColumnWidth(kListColumnWidth);
-    const BpDimension columns = MakeDimension(table, "Predictors", kColumns, 1, true);
-    columns.Category(Key("Predictors"));
+    OutputTables::ExcludedTable excluded(fProcedure);
+    BpPivotTable& table = excluded.Table();
+    excluded.MakeColumn();
     const BpDimension rows = MakeDimension(table, "Reason", kRows, 1, true);
     const BpGroup categorical = rows.Group(Key("Categorical"), 1, 2);
     const BpGroup scale = rows.Group(Key("Scale"), 1, 2);
@@ -532,8 +485,8 @@ void SelOutput::WriteSelectedPredictors() const {
         return;
     }
     const Ranking ranking = RankAndSelect(criterion, fSpecs.GetEffectiveSelectSize());
-    std::vector<BpString> categorical;
-    std::vector<BpString> scale;
+    std::vector<BpItem> categorical;
+    std::vector<BpItem> scale;
     for (std::int32_t position = 0; position <= ranking.fLastSelected; ++position) {
         const std::int32_t predictor = ranking.fvPredictors[static_cast<std::size_t>(position)];
         const BpString name(fSource.GetVariable(VariableOf(predictor)).GetName(), false);
@@ -545,15 +498,5 @@ void SelOutput::WriteSelectedPredictors() const {
         return;
     }
 
-    BpPivotTable table(fProcedure, BpHeading(Key("Selected Predictors"), "SelectedPredictors"));
-    table.SetMinDataColumnWidth(kListColumnWidth);
-    const BpDimension rows = MakeDimension(table, "Type", kRows, 1, true);
-    const BpDimension columns = MakeDimension(table, "Predictors", kColumns, 1, true);
-    columns.Category(Key("Predictors"));
-    const auto addRow = [&](std::string_view key, const std::vector<BpString>& names) {
-        if (!names.empty()) rows.Category(Key(key)).Cell(ListCell("[%1: ^1:]1", true, names));
-    };
-    addRow("Categorical", categorical);
-    addRow("Scale", scale);
-    table.Send();
+    OutputTables::WriteSelectedTable(fProcedure, categorical, scale);
 }

@@ -75,11 +75,63 @@ INSTANTIATE_TEST_SUITE_P(Names, CommandName,
                                          NameCase{"Empty", "", false}),
                          [](const auto& param) { return param.param.fTestName; });
 
-TEST(PREDSELE, NaiveBayesEndsWithOneErrorAndNoTable) {
-    const CommandRun run("NAIVEBAYES y;", SmallData().Build());
-    EXPECT_EQ(run.Status(), "failed");
-    EXPECT_EQ(run.Messages(), (Texts{"error The classifier is not part of this version..."}));
-    EXPECT_TRUE(run.TableIds().empty());
+/// Runs a NAIVEBAYES command and tells how many slots its variables took.
+struct SlotCase {
+    std::string fTestName;
+    bool fbLongTarget;
+    std::string fSave;
+    std::int32_t fSlots;
+};
+class SavedVariableSlots : public testing::TestWithParam<SlotCase> {};
+
+// As many more numbers fit as slots were reserved and not taken.
+TEST_P(SavedVariableSlots, AreReservedAheadOfTheRun) {
+    DataSetBuilder builder;
+    if (GetParam().fbLongTarget) {
+        builder.Strings("y", {"a string of 20 bytes", "b"});
+    } else {
+        builder.Numbers("y", {1, 2});
+    }
+    DataSet data = builder.Strings("f", {"p", "q"}).Build();
+    const auto commands =
+        embedded::ParseCommandText("NAIVEBAYES y BY f" + GetParam().fSave + ";", "test").fvCommands;
+    embedded::CommandReport report;
+    embedded::HostSession session(data, commands.front(), report);
+    PREDSELE();
+    ASSERT_TRUE(std::none_of(report.fvMessages.begin(), report.fvMessages.end(),
+                             [](auto& m) { return m.fLevel == embedded::MessageLevel::Error; }));
+    std::int32_t slots = 0;
+    for (std::int32_t i = 0; i < session.New().Count(); ++i) {
+        const std::int32_t type = session.New().Variable(data.ColumnCount() + i).GetType();
+        slots += type <= 8 ? 1 : (type + 7) / 8;
+    }
+    std::int32_t column = -1;
+    while (slots < 100 && session.New().Make(0, column) != nullptr) ++slots;
+    EXPECT_EQ(slots, GetParam().fSlots);
+}
+INSTANTIATE_TEST_SUITE_P(
+    Requests, SavedVariableSlots,
+    testing::Values(SlotCase{"NumberAndProbabilities", false, " /SAVE PREDVAL PREDPROB", 26},
+                    SlotCase{"LongStringAndProbabilities", true, " /SAVE PREDVAL PREDPROB", 28},
+                    SlotCase{"ValueAlone", true, " /SAVE PREDVAL", 3},
+                    SlotCase{"FewProbabilities", false, " /SAVE PREDPROB(:4)", 4},
+                    SlotCase{"Nothing", false, "", 0}),
+    [](const auto& param) { return param.param.fTestName; });
+
+TEST(PREDSELE, NaiveBayesWithPercentGivesTheSameSampleForTheSameSeed) {
+    std::vector<std::optional<std::string>> y, f;
+    for (int i = 0; i < 200; ++i) {
+        y.emplace_back(i % 2 == 0 ? "a" : "b");
+        f.emplace_back(i % 3 == 0 ? "p" : "q");
+    }
+    const auto run = [&](std::uint32_t seed) {
+        return CommandRun("NAIVEBAYES y BY f /TRAININGSAMPLE PERCENT=50;",
+                          DataSetBuilder().Strings("y", y).Strings("f", f).Build(),
+                          embedded::RunOptions{.fSeed = seed})
+            .Json()["tables"];
+    };
+    EXPECT_EQ(run(1), run(1));
+    EXPECT_NE(run(1), run(2));
 }
 
 // A bad EXCEPT list fails by its message alone: the parse goes on and ends well.

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <limits>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -12,6 +13,7 @@
 #include "featureselect/FSSettings.h"
 #include "host/CaseDelivery.h"
 #include "host/Progress.h"
+#include "naivebayes/NaiveBayesSettings.h"
 
 namespace {
 
@@ -24,6 +26,30 @@ struct FilledSpecs {
     }
     std::vector<std::int32_t> fList = {2, 5, 7};
     std::vector<bool> fFlags = {true, false, true};
+    PRSValidSpecs fSpecs;
+};
+
+/// A NAIVEBAYES specification of a target and nine factors, with so much memory, finished.
+class FinishedNaiveBayes {
+ public:
+    explicit FinishedNaiveBayes(double memory)
+        : fCommands(embedded::ParseCommandText("NAIVEBAYES y;", "test").fvCommands),
+          fSession(fData, fCommands.front(), fReport, {.fTempDir = "/some/folder"}) {
+        fSpecs.SetUniVariable(false);
+        fSpecs.SetDependVar(0, true);
+        fSpecs.SetPredictors(&fList, &fFlags);
+        fSpecs.SetNaiveCriteria(10, memory, 0, 5.0);
+        fSpecs.FinishSpecs();
+    }
+    const PRSValidSpecs& Specs() const { return fSpecs; }
+
+ private:
+    embedded::DataSet fData;
+    std::vector<embedded::CommandTokens> fCommands;
+    embedded::CommandReport fReport;
+    embedded::HostSession fSession;
+    std::vector<std::int32_t> fList = {1, 2, 3, 4, 5, 6, 7, 8, 9};
+    std::vector<bool> fFlags = std::vector<bool>(9, true);
     PRSValidSpecs fSpecs;
 };
 
@@ -287,12 +313,49 @@ TEST(PRSValidSpecs, TimerIsInMinutes) {
     EXPECT_LT(elapsed.count(), 60);
 }
 
-TEST(PRSValidSpecs, NaiveBayesMakesTheRegistryAndNoSelectionSettings) {
-    FilledSpecs filled(false);
-    filled.fSpecs.FinishSpecs();
-    ASSERT_NE(filled.fSpecs.GetVarValidSpecs(), nullptr);
-    EXPECT_EQ(filled.fSpecs.GetVarValidSpecs()->GetNRecordVars(), 4);
-    EXPECT_EQ(filled.fSpecs.GetFSSettings(), nullptr);
+TEST(PRSValidSpecs, NaiveBayesMakesTheRegistryAndTheOtherSettings) {
+    FinishedNaiveBayes finished(1024.0);
+    ASSERT_NE(finished.Specs().GetVarValidSpecs(), nullptr);
+    EXPECT_EQ(finished.Specs().GetVarValidSpecs()->GetNRecordVars(), 10);
+    EXPECT_EQ(finished.Specs().GetFSSettings(), nullptr);
+    const NaiveBayesSettings* settings = finished.Specs().GetNBSettings();
+    ASSERT_NE(settings, nullptr);
+    EXPECT_NE(settings->fpUserRandom, nullptr);
+    EXPECT_NE(settings->fpStopProcessor, nullptr);
+    EXPECT_EQ(settings->fTempDir, "/some/folder/");
+    EXPECT_EQ(settings->fRandomKind, NaiveBayesSettings::kMersenneTwister)
+        << "the host's random source is for the sample alone";
+}
+
+TEST(PRSValidSpecs, TenRecordVariablesAnd1024MegabytesGive10922Records) {
+    EXPECT_EQ(FinishedNaiveBayes(1024.0).Specs().GetNBSettings()->fMaxRecordsInMemory, 10922);
+}
+
+TEST(PRSValidSpecs, TheSmallestMemoryIsTruncated) {
+    // 4 * 1024 / 96 is 42.67.
+    EXPECT_EQ(FinishedNaiveBayes(4.0).Specs().GetNBSettings()->fMaxRecordsInMemory, 42);
+}
+
+TEST(PRSValidSpecs, MoreMemoryThanRecordsCanBeCountedGivesTheLargestNumber) {
+    EXPECT_EQ(FinishedNaiveBayes(1e300).Specs().GetNBSettings()->fMaxRecordsInMemory,
+              std::numeric_limits<std::int32_t>::max());
+}
+
+TEST(PRSValidSpecs, ForcedPredictorsComeBehindTheCandidates) {
+    ParsedCommand command("NAIVEBAYES y BY f2 f3 /FORCE FACTORS=(f1) COVARIATES=(c1)");
+    ASSERT_TRUE(command.Ok()) << command.MessageTexts();
+    command.Specs().FinishSpecs();
+    const UAVarValidSpecs& registry = *command.Specs().GetVarValidSpecs();
+    ASSERT_EQ(registry.GetNRecordVars(), 5);
+    EXPECT_EQ(registry.GetKOLTVarIndex(1), kF2);
+    EXPECT_EQ(registry.GetKOLTVarIndex(3), kF1);
+    EXPECT_EQ(registry.GetKOLTVarIndex(4), kC1);
+    EXPECT_TRUE(registry.GetKOLTCatVar(kF1));
+    EXPECT_FALSE(registry.GetKOLTCatVar(kC1));
+}
+
+TEST(PRSValidSpecsDeathTest, LessMemoryThanTheGrammarAllowsStops) {
+    EXPECT_DEATH(FinishedNaiveBayes(3.9), "fMultiMemAllocate >= 4.0");
 }
 
 TEST(PRSValidSpecs, NoSelectionWithForcedPredictorsOnlyHasNoPredictorList) {

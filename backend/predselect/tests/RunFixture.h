@@ -13,6 +13,7 @@
 
 #include "backend/predselect/PREDSELE.h"
 #include "embedded/CommandRunner.h"
+#include "embedded/RunOptions.h"
 #include "embedded/data/DataSetBuilder.h"
 #include "embedded/output/JsonRenderer.h"
 #include "embedded/output/Report.h"
@@ -22,16 +23,32 @@ class CommandRun {
  public:
     CommandRun(const std::string& command, embedded::DataSet data,
                ProgressListener* progress = nullptr)
+        : CommandRun(command, std::move(data), embedded::RunOptions{.fpProgress = progress}) {}
+
+    CommandRun(const std::string& command, embedded::DataSet data,
+               const embedded::RunOptions& options)
         : fData(std::move(data)) {
         const embedded::CommandScript script = embedded::ParseCommandText(command, "test");
         if (script.fFault) throw std::invalid_argument(script.fFault->fText);
-        fReport.fvCommands =
-            embedded::RunCommands(fData, script.fvCommands, &PREDSELE, {.fpProgress = progress});
+        fReport.fvCommands = embedded::RunCommands(fData, script.fvCommands, &PREDSELE, options);
         fJson = nlohmann::json::parse(embedded::JsonRenderer::Render(fReport))["commands"].back();
     }
 
     std::string Status() const { return fJson["status"]; }
     const nlohmann::json& Json() const { return fJson; }
+
+    /// The data set after the command.
+    const embedded::DataSet& Data() const { return fData; }
+    /// The values of a variable, those of all rows.
+    std::vector<KoltObs> ValuesOf(const std::string& name) const {
+        const std::int32_t index = fData.FindVariable(name);
+        if (index < 0) throw std::invalid_argument("no variable " + name);
+        std::vector<KoltObs> values;
+        for (std::int64_t row = 0; row < fData.RowCount(); ++row) {
+            values.push_back(fData.GetColumn(index).Value(row));
+        }
+        return values;
+    }
 
     /// "level key" of every message.
     std::vector<std::string> Messages() const {
@@ -55,6 +72,16 @@ class CommandRun {
             if (table["id"] == id) return &table;
         }
         return nullptr;
+    }
+
+    /// "title: text" of every note.
+    std::vector<std::string> Notes() const {
+        std::vector<std::string> notes;
+        for (const auto& note : fJson["notes"]) {
+            notes.push_back(note["title"].get<std::string>() + ": " +
+                            note["text"].get<std::string>());
+        }
+        return notes;
     }
 
     /// The cell whose paths, joined dimension by dimension, hold all these keys; null when no cell

@@ -181,40 +181,6 @@ const SourceTexts& AllTexts() {
     return all;
 }
 
-// Texts of NAIVEBAYES, whose controller and writer are not there yet. Whoever uses one takes it
-// off this list.
-const std::set<std::string>& AwaitedKeys() {
-    static const std::set<std::string> keys = {
-        "(Initial Subset)",
-        "Average Log-Likelihood",
-        "Classification",
-        "Computed using simulated...",
-        "Dependent Variable ^1",
-        "Model File",
-        "No valid cases in test sample...",
-        "Observed",
-        "Overall Percent",
-        "Percent Correct",
-        "Predicted",
-        "Predicted Probabilities",
-        "Predicted Probability for ^1 with value ^2...",
-        "Predicted Value",
-        "Predictor Added",
-        "Pseudo-BIC",
-        "Sample",
-        "Subset",
-        "Subset Summary",
-        "Test",
-        "Test Data Criterion",
-        "The initial subset contains [%1:, ^1:]1",
-        "The initial subset is empty.",
-        "Training",
-        "Values",
-        "^1 = ^2",
-    };
-    return keys;
-}
-
 TEST(KeyUse, TheScannerJoinsLiteralsAndSkipsComments) {
     const SourceTexts texts = ReadTexts(
         "BpString a(\"one \" // \"no\"\n    \"two\", true); /* \"no\" */ char c = '\"';\n"
@@ -232,14 +198,7 @@ TEST(KeyUse, EveryKeyInTheSourcesHasAText) {
 
 TEST(KeyUse, EveryTextIsUsed) {
     for (const auto& [key, text] : StringTable::English().All())
-        EXPECT_TRUE(AllTexts().fLiterals.contains(key) || AwaitedKeys().contains(key)) << key;
-}
-
-TEST(KeyUse, AwaitedTextsAreInTheTableAndNotUsedYet) {
-    for (const std::string& key : AwaitedKeys()) {
-        EXPECT_TRUE(StringTable::English().All().contains(key)) << key;
-        EXPECT_FALSE(AllTexts().fKeys.contains(key)) << key;
-    }
+        EXPECT_TRUE(AllTexts().fLiterals.contains(key)) << key;
 }
 
 }  // namespace
