@@ -6,12 +6,6 @@
 
 namespace {
 
-/// Everything in the shape, 0.
-NBayesInputBase::Matrix Zeros(std::int32_t rows, std::int32_t columns) {
-    return NBayesInputBase::Matrix(static_cast<std::size_t>(rows),
-                                   std::vector<double>(static_cast<std::size_t>(columns), 0.0));
-}
-
 double RowSum(const std::vector<double>& row) {
     double sum = 0.0;
     for (const double count : row) sum += count;
@@ -28,8 +22,9 @@ void NBayesInputBase::SetShape(std::int32_t numCategories, std::int32_t numTarge
     fNumCategories = numCategories;
     fNumNonEmpty = 0;
     fNumTargetCategories = numTargetCategories;
-    fCounts = Zeros(std::max(numCategories, 0), std::max(numTargetCategories, 0));
-    fProbabilities = fCounts;
+    fCounts.clear();
+    fProbabilities.clear();
+    ExtendShape(numCategories, numTargetCategories);
 }
 
 void NBayesInputBase::ExtendShape(std::int32_t numCategories, std::int32_t numTargetCategories) {
@@ -54,8 +49,8 @@ double NBayesInputBase::AddCount(std::int32_t category, std::int32_t targetCateg
 }
 
 std::int32_t NBayesInputBase::ComputeProbabilities(double threshold) {
-    std::vector<double> columnSums(static_cast<std::size_t>(std::max(fNumTargetCategories, 0)),
-                                   0.0);
+    // Sized by a row: of a restored table without rows only the number of cells is known.
+    std::vector<double> columnSums(fCounts.empty() ? 0 : fCounts.front().size(), 0.0);
     fNumNonEmpty = 0;
     for (const std::vector<double>& row : fCounts) {
         for (std::size_t k = 0; k < row.size(); ++k) columnSums[k] += row[k];
