@@ -83,7 +83,7 @@ class NBBinningEncoder : public INBEncoder {
             if constexpr (Archive::kRestores) {
                 archive.Require(self.fEncoder.fNumBins >= (Archive::kXML ? 0 : 2));
             }
-            const std::int32_t count = std::max(self.fEncoder.fNumBins - 1, 0);
+            const std::int32_t count = std::max(self.fEncoder.fNumBins, 1) - 1;
             archive.Items(Persistence::Elements{count, self.fEncoder.fvCutpoints});
         }
     };
