@@ -298,8 +298,13 @@ void NBAlgorithm::ResetTables(bool includeCandidates) {
     };
     const std::int32_t wanted =
         fVarList.GetNumInputVars() + (includeCandidates ? fVarList.GetNumPossibleInputVars() : 0);
-    if (static_cast<std::int32_t>(fvInputs.size()) == wanted) {
-        for (NBayesInput& table : fvInputs) table.ClearCounts();
+    // Where tables have moved up, records are from now on stored without those that left.
+    const bool haveMoved =
+        std::any_of(fvInputs.begin(), fvInputs.end(), [](const NBayesInput& table) {
+            return table.GetRecordIndex() != table.GetAdjustedRecordIndex();
+        });
+    if (static_cast<std::int32_t>(fvInputs.size()) == wanted && !haveMoved) {
+        for (NBayesInput& table : fvInputs) table.Restart();
         return;
     }
     fvInputs.clear();
