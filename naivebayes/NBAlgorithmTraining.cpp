@@ -304,7 +304,7 @@ void NBAlgorithm::ResetTables(bool includeCandidates) {
             return table.GetRecordIndex() != table.GetAdjustedRecordIndex();
         });
     if (static_cast<std::int32_t>(fvInputs.size()) == wanted && !haveMoved) {
-        for (NBayesInput& table : fvInputs) table.Restart();
+        for (NBayesInput& table : fvInputs) table.ClearCounts();
         return;
     }
     fvInputs.clear();
