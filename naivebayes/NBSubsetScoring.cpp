@@ -8,8 +8,10 @@
 
 NBSubsetScoring::NBSubsetScoring(const std::vector<NBayesInput>& inputs, const NBayesOutput& output)
     : fvPriors(output.GetPi()), fvProduct(fvPriors.size(), 1.0) {
+    fvNumCategories.reserve(inputs.size());
     fvProbabilities.reserve(inputs.size());
     for (const NBayesInput& input : inputs) {
+        fvNumCategories.push_back(input.GetNumCategories());
         std::vector<double> flat;
         flat.reserve(input.GetProbabilities().size() * fvPriors.size());
         for (const std::vector<double>& row : input.GetProbabilities()) {

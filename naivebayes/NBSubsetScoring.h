@@ -1,6 +1,7 @@
 #ifndef PREDSEL_NAIVEBAYES_NBSUBSETSCORING_H
 #define PREDSEL_NAIVEBAYES_NBSUBSETSCORING_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -24,8 +25,11 @@ class NBSubsetScoring {
 
     /// Whether a code names a category: neither missing nor unknown, which is -1.
     static bool IsValid(double code) { return code > -1.0; }
-    /// The category that a valid code names. Codes are whole numbers; 0.45 bears their rounding.
-    static std::int32_t Category(double code) { return static_cast<std::int32_t>(code + 0.45); }
+    /// The category that a valid code names. Codes are whole numbers, and 0.45 bears their
+    /// rounding; one that is not must not leave its table.
+    static std::int32_t Category(double code, std::int32_t numCategories) {
+        return std::min(static_cast<std::int32_t>(code + 0.45), numCategories - 1);
+    }
 
     /// Begins a record: the empty subset.
     void StartRecord();
@@ -39,12 +43,13 @@ class NBSubsetScoring {
  private:
     /// K probabilities.
     const double* Row(std::int32_t table, double code) const {
-        const std::size_t category = static_cast<std::size_t>(Category(code));
-        return fvProbabilities[static_cast<std::size_t>(table)].data() +
-               category * fvProduct.size();
+        const auto at = static_cast<std::size_t>(table);
+        const auto category = static_cast<std::size_t>(Category(code, fvNumCategories[at]));
+        return fvProbabilities[at].data() + category * fvProduct.size();
     }
 
     std::vector<double> fvPriors;                      // Pi, K of them
+    std::vector<std::int32_t> fvNumCategories;         // a table each
     std::vector<std::vector<double>> fvProbabilities;  // a table each: m * K + k
     std::vector<double> fvProduct;                     // K
 };

@@ -296,7 +296,9 @@ std::int32_t NBSubsetSearch::EvaluateTestData(NBInternalAdapter& adapter, std::i
             const double code =
                 record[fvInputs[static_cast<std::size_t>(table)].GetAdjustedRecordIndex()];
             if (NBSubsetScoring::IsValid(code)) {
-                testTables[position].AddCount(NBSubsetScoring::Category(code), target, weight);
+                NBayesInputBase& counts = testTables[position];
+                counts.AddCount(NBSubsetScoring::Category(code, counts.GetNumCategories()), target,
+                                weight);
             }
             fScoring.Multiply(table, code);
             if (position + 1 < static_cast<std::size_t>(firstSize)) continue;

@@ -162,6 +162,19 @@ TEST(NBAlgorithmSelectSubset, RecordsThatDoNotFitGiveTheSameTables) {
     std::filesystem::remove(path);
 }
 
+TEST(NBAlgorithmSelectSubset, ALimitOfTheRecordCountNeedsNoFileWhateverIsExcluded) {
+    Rows rows = RowsFor(3, 20);
+    for (std::size_t i = 0; i < 5; ++i) rows[i][0] = -1;  // leaves 15 records
+    const auto run = [&rows](std::int32_t limit) {
+        NaiveBayesSettings settings;
+        settings.fMaxRecordsInMemory = limit;
+        settings.fTempDir = testing::TempDir() + "no-such-folder/";
+        return Selection().Run(*Create(ListOf(0, 3), settings), rows);
+    };
+    EXPECT_EQ(run(20), NBStatus());
+    EXPECT_EQ(run(19), Error(NBCode::kNoTempFile));
+}
+
 TEST(NBAlgorithmSelectSubset, WithoutATemporaryFileThereIsNoModel) {
     NaiveBayesSettings settings;
     settings.fMaxRecordsInMemory = 0;
@@ -349,4 +362,62 @@ TEST(NBAlgorithmSelectSubset, ASecondSearchForcesWhatTheFirstChose) {
     NBVarList chosen = ListOf(0, 5);
     for (const std::int32_t index : selection.fvSelected) chosen.SetRole(index, kInput);
     EXPECT_EQ(SavedBinary(*engine), SavedBinary(*Built(chosen, rows)));
+}
+
+TEST(NBAlgorithmSelectSubset, ASearchAfterATrainingThatDroppedAPredictorReadsTheNewPlaces) {
+    // The tables of the training are taken over; their records had one column more.
+    Rows rows = RowsFor(4, 80);
+    for (auto& row : rows) row[2] = 0;
+    const NBStatus dropped = With(NBStatus(NBCode::kForcedUninformative, true), 2);
+    const auto engine = Create(ListOf(4, 0));
+    ASSERT_EQ(Build(*engine, rows), dropped);
+    const auto fresh = Create(ListOf(4, 0));
+    for (const bool withTest : {false, true}) {
+        Selection selection;
+        Selection expected;
+        Source test(rows);
+        if (withTest) {
+            EXPECT_EQ(selection.Run(*engine, rows, test, -1), NBStatus());
+            EXPECT_EQ(expected.Run(*fresh, rows, test, -1), NBStatus());
+        } else {
+            EXPECT_EQ(selection.Run(*engine, rows), NBStatus());
+            EXPECT_EQ(expected.Run(*fresh, rows), dropped);
+        }
+        EXPECT_EQ(selection.fvSelected, expected.fvSelected);
+        EXPECT_EQ(selection.fvCriteria, expected.fvCriteria);
+        EXPECT_EQ(selection.fvBest, expected.fvBest);
+    }
+    Selection again;
+    EXPECT_EQ(again.Run(*engine, rows), NBStatus());
+    Rows without = rows;
+    for (auto& row : without) row.erase(row.begin() + 2);
+    NBVarList list = ListOf(4, 0);
+    list.RemoveVariable(2);
+    Selection plain;
+    EXPECT_EQ(plain.Run(*Create(list), without), NBStatus());
+    EXPECT_EQ(again.fvCriteria, plain.fvCriteria);
+    EXPECT_EQ(again.fvBest, plain.fvBest);
+}
+
+TEST(NBAlgorithmSelectSubset, ACodeThatRoundsBeyondItsCategoriesCountsAsTheLast) {
+    const Rows rows = RowsFor(3, 60);
+    Rows rounded = rows;  // preparation keeps the fraction of a code that truncates to a valid one
+    for (auto& row : rounded) {
+        if (row[1] == 1.0) row[1] = 1.9;
+    }
+    for (const bool withTest : {false, true}) {
+        Selection selection;
+        Selection expected;
+        Source test(rows);
+        Source roundedTest(rounded);
+        if (withTest) {
+            EXPECT_EQ(selection.Run(*Create(ListOf(1, 2)), rounded, roundedTest, -1), NBStatus());
+            EXPECT_EQ(expected.Run(*Create(ListOf(1, 2)), rows, test, -1), NBStatus());
+        } else {
+            EXPECT_EQ(selection.Run(*Create(ListOf(1, 2)), rounded), NBStatus());
+            EXPECT_EQ(expected.Run(*Create(ListOf(1, 2)), rows), NBStatus());
+        }
+        EXPECT_EQ(selection.fvCriteria, expected.fvCriteria);
+        EXPECT_EQ(selection.fvBest, expected.fvBest);
+    }
 }

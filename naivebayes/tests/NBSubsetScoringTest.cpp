@@ -36,10 +36,18 @@ TEST(NBSubsetScoringTest, MissingAndUnknownCodesAreNotValid) {
 }
 
 TEST(NBSubsetScoringTest, ACodeIsRoundedUpFromFiftyFiveHundredths) {
-    EXPECT_EQ(NBSubsetScoring::Category(2.0), 2);
-    EXPECT_EQ(NBSubsetScoring::Category(2.54), 2);
-    EXPECT_EQ(NBSubsetScoring::Category(2.56), 3);
-    EXPECT_EQ(NBSubsetScoring::Category(1.9999999), 2);
+    EXPECT_EQ(NBSubsetScoring::Category(2.0, 4), 2);
+    EXPECT_EQ(NBSubsetScoring::Category(2.54, 4), 2);
+    EXPECT_EQ(NBSubsetScoring::Category(2.56, 4), 3);
+    EXPECT_EQ(NBSubsetScoring::Category(1.9999999, 4), 2);
+}
+
+TEST(NBSubsetScoringTest, ACodeThatRoundsBeyondTheCategoriesNamesTheLast) {
+    EXPECT_EQ(NBSubsetScoring::Category(3.9, 4), 3);
+    TrainedTables trained(TenRecords());
+    NBSubsetScoring scoring(trained.fvInputs, trained.fOutput);
+    scoring.StartRecord();
+    EXPECT_EQ(scoring.LogSumWith(1, 1.9), scoring.LogSumWith(1, 1.0));
 }
 
 TEST(NBSubsetScoringTest, AnEmptySubsetScoresTheSumOfThePriors) {
