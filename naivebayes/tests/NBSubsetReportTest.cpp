@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <regex>
+#include <ctime>
 #include <sstream>
+#include <string>
+#include <vector>
 
 #include "naivebayes/NBSubsetSearch.h"
 #include "naivebayes/tests/SearchFixture.h"
@@ -20,14 +22,47 @@ SearchData Small() {
     return data;
 }
 
-/// Line breaks and indents out, time of day and numbers with decimals made alike.
+/// Puts the text in place of what stands between each start and the end that follows it.
+std::string WithBetween(std::string text, const std::string& start, const std::string& end,
+                        const std::string& replacement) {
+    for (std::size_t at = text.find(start); at != std::string::npos; at = text.find(start, at)) {
+        at += start.size();
+        const std::size_t behind = text.find(end, at);
+        if (behind == std::string::npos) {
+            ADD_FAILURE() << "no " << end << " behind " << start;
+            break;
+        }
+        text.replace(at, behind - at, replacement);
+    }
+    return text;
+}
+
+/// The values of an attribute, in order.
+std::vector<std::string> Attributes(const std::string& text, const std::string& name) {
+    std::vector<std::string> values;
+    const std::string start = " " + name + "=\"";
+    for (std::size_t at = text.find(start); at != std::string::npos; at = text.find(start, at)) {
+        at += start.size();
+        values.push_back(text.substr(at, text.find('"', at) - at));
+    }
+    return values;
+}
+
+/// Line breaks and indents out, time of day and criteria made alike.
 std::string Normal(const std::string& document) {
-    std::string text = std::regex_replace(document, std::regex(">\\s+<"), "><");
-    text = std::regex_replace(text, std::regex("<Timestamp>[^<]{24}</Timestamp>"), "<Timestamp/>");
-    text = std::regex_replace(text, std::regex("criterionValue=\"[-+.e0-9]+\""),
-                              "criterionValue=\"#\"");
-    text.erase(text.find_last_of('>') + 1);
-    return text.substr(text.find("<!DOCTYPE"));
+    std::string text = WithBetween(document, "<Timestamp>", "</Timestamp>", "#");
+    text = WithBetween(text, " criterionValue=\"", "\"", "#");
+    std::string normal;
+    for (std::size_t at = text.find("<!DOCTYPE"); at < text.size(); ++at) {
+        normal += text[at];
+        // No text in these documents follows a tag and a line break.
+        if (text[at] == '>' && at + 1 < text.size() && text[at + 1] == '\n') {
+            at = text.find_first_not_of("\n ", at + 1);
+            if (at == std::string::npos) break;
+            --at;
+        }
+    }
+    return normal;
 }
 
 struct Report {
@@ -55,7 +90,7 @@ const char* const kDocType = "<!DOCTYPE NaiveBayesAttrSelection SYSTEM \"nbasout
 const char* const kHeader =
     "<Header copyright=\"Copyright (c) 2026 The predselect authors\">"
     "<Application name=\"KOLT Naive Bayes Component C++\" version=\"1.0\"/>"
-    "<Timestamp/></Header>";
+    "<Timestamp>#</Timestamp></Header>";
 const char* const kTarget =
     "<Target targetIndex=\"2\" variableName=\"target\" variableLabel=\"The target\" "
     "numberOfCategories=\"2\"/>";
@@ -110,18 +145,34 @@ TEST(NBSubsetReportTest, TheFirstRankHasTheSmallestCriterion) {
     Report report(Small());
     report.PseudoBIC();
     const std::string text = report.Write();
-    const std::regex pattern("criterionValue=\"([^\"]+)\" rankOrder=\"([0-9]+)\"");
     std::vector<double> values;
-    for (std::sregex_iterator i(text.begin(), text.end(), pattern); i != std::sregex_iterator();
-         ++i) {
-        EXPECT_EQ((*i)[2], std::to_string(values.size()));
-        values.push_back(std::stod((*i)[1]));
+    for (const std::string& value : Attributes(text, "criterionValue")) {
+        values.push_back(std::stod(value));
     }
+    EXPECT_EQ(Attributes(text, "rankOrder"), (std::vector<std::string>{"0", "1", "2"}));
     ASSERT_EQ(values.size(), report.fBest.size());
     for (std::size_t i = 0; i < values.size(); ++i) {
         EXPECT_EQ(values[i], report.fBest[i].fCriterion);
     }
     EXPECT_TRUE(std::is_sorted(values.begin(), values.end()));
+}
+
+TEST(NBSubsetReportTest, TheTimeIsOfTheLibrarysFormWithoutItsLineEnd) {
+    Report report(Small());
+    report.Exact(2);
+    const std::time_t before = std::time(nullptr);
+    const std::string text = report.Write();
+    const std::time_t after = std::time(nullptr);
+    const std::string start = "<Timestamp>";
+    const std::size_t at = text.find(start);
+    ASSERT_NE(at, std::string::npos);
+    const std::string written = text.substr(at + start.size(), 24);
+    EXPECT_EQ(text.substr(at + start.size() + 24, 12), "</Timestamp>");
+    bool found = false;
+    for (std::time_t now = before; now <= after; ++now) {
+        found = found || std::string(std::ctime(&now)) == written + "\n";
+    }
+    EXPECT_TRUE(found) << written;
 }
 
 TEST(NBSubsetReportTest, TestDataAreNamedAsTheCriterion) {
@@ -141,7 +192,7 @@ TEST(NBSubsetReportTest, TheOptionsNameTheMaker) {
     options.fUTF8 = true;
     EXPECT_NE(Normal(report.Write(false, &options))
                   .find("<Header copyright=\"Nobody\"><Application name=\"A program\" "
-                        "version=\"7\"/><Timestamp/>"),
+                        "version=\"7\"/><Timestamp>#</Timestamp>"),
               std::string::npos);
 }
 
