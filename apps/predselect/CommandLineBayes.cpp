@@ -22,7 +22,7 @@ void AddBayes(CLI::App& program, ProgramOptions& options) {
     constexpr const char* kSaved = "New variables";
     BayesOptions& bayes = options.fBayes;
     CLI::App& command = *program.add_subcommand(
-        "bayes", "Find the few predictors that classify a target, and the classifier (NAIVEBAYES)");
+        "bayes", "Find the few predictors that classify a target (NAIVEBAYES)");
 
     command.footer(std::string(kBayesExamples) + kExitStatusHelp);
     AddVariableOptions(command, bayes.fVariables);

@@ -73,8 +73,8 @@ void AddUpdate(CLI::App& program, ProgramOptions& options) {
 }
 
 void AddMerge(CLI::App& program, ProgramOptions& options) {
-    CLI::App& command = *program.add_subcommand(
-        "merge", "Join saved classifiers of the same variables, trained on different cases");
+    CLI::App& command =
+        *program.add_subcommand("merge", "Join saved classifiers of the same variables");
     command.footer(std::string(kMergeExamples) + kExitStatusHelp);
     command.add_option("states", options.fModel.fvStates, "States to join, two or more")
         ->type_name("FILE ...")

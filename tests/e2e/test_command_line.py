@@ -16,7 +16,8 @@ def test_version_is_one_line_of_name_and_number():
     assert [part.isdigit() for part in number.split(".")] == [True] * 3
 
 
-@pytest.mark.parametrize("command", [[], ["run"], ["select"], ["describe"], ["completion"]])
+@pytest.mark.parametrize("command", [[], ["run"], ["select"], ["bayes"], ["score"], ["update"],
+                                     ["merge"], ["describe"], ["completion"]])
 def test_help_goes_to_standard_output_in_lines_of_100_columns(command):
     result = program(*command, "--help")
     assert result.returncode == DONE
@@ -25,7 +26,8 @@ def test_help_goes_to_standard_output_in_lines_of_100_columns(command):
     assert [line for line in result.stdout.split("\n") if len(line) > 100] == []
 
 
-@pytest.mark.parametrize("command", [[], ["run"], ["select"], ["describe"]])
+@pytest.mark.parametrize("command", [[], ["run"], ["select"], ["bayes"], ["score"], ["update"],
+                                     ["merge"], ["describe"]])
 def test_help_shows_examples_and_exit_statuses(command):
     text = program(*command, "--help").stdout
     assert "Examples:\n  predselect" in text
@@ -43,7 +45,7 @@ def test_help_gives_each_option_of_the_command_language():
 
 
 @pytest.mark.parametrize("arguments, says", [
-    ([], "run, select, describe or completion is required"),
+    ([], "run, select, bayes, score, update, merge, describe or completion is required"),
     (["frobnicate"], "frobnicate"),
     (["select", "--data", PENGUINS], "--target is required"),
     (["select", "--target", "species"], "--data is required"),
@@ -111,12 +113,6 @@ def test_a_constant_target_fails_the_command(tmp_path):
     assert result.returncode == COMMAND_FAILED
     assert result.stdout == ""
     assert "The target has the same value in all valid cases" in result.stderr
-
-
-def test_the_classifier_does_not_run_yet():
-    result = program("run", "-c", "NAIVEBAYES species;", "--data", PENGUINS)
-    assert result.returncode == COMMAND_FAILED
-    assert "This version does not run NAIVEBAYES yet" in result.stderr
 
 
 @pytest.mark.parametrize("path", ["no/such/file.csv", "", "."])

@@ -34,7 +34,8 @@ def completed_by_bash(folder, *words):
 
 
 @pytest.mark.parametrize("words, offered", [
-    (["predselect", ""], ["run", "select", "describe", "completion", "--help", "--version"]),
+    (["predselect", ""], ["run", "select", "bayes", "score", "update", "merge", "describe",
+                          "completion", "--help", "--version"]),
     (["predselect", "sel"], ["select"]),
     (["predselect", "select", "--rank"], ["--ranking"]),
     (["predselect", "select", "--ranking", ""], ["pearsonchisq", "lrchisq", "cramersv", "lambda"]),
@@ -54,7 +55,7 @@ def test_bash_offers_files_for_paths(tmp_path):
 @pytest.mark.parametrize("shell", ["bash", "zsh", "fish"])
 def test_every_option_of_every_command_is_in_it(tmp_path, shell):
     text = script_for(shell, tmp_path).read_text(encoding="utf-8")
-    for command in ["run", "select", "describe", "completion"]:
+    for command in ["run", "select", "bayes", "score", "update", "merge", "describe", "completion"]:
         for word in program(command, "--help").stdout.split():
             for option in word.split(","):
                 if option.startswith("--") and option[2:].replace("-", "").isalpha():
