@@ -87,9 +87,6 @@ void AddNotes(std::int32_t group, const BpItem& title, const BpItem& text);
 /// The same for a row that is one of several under the title: heading says which one.
 void AddNotesWithGroup(std::int32_t group, const BpItem& title, const BpItem& heading,
                        const BpItem& text);
-/// The same, one of several rows of that title, told apart by the heading.
-void AddNotesWithGroup(std::int32_t group, const BpItem& title, const BpItem& heading,
-                       const BpItem& text);
 
 /// The output context of a procedure; kind 5 is a statistics procedure.
 class BpProcedure {

@@ -8,6 +8,12 @@
 
 namespace {
 
+/// The truncation of a code moved up by a half: the code itself for whole numbers.
+std::int32_t Rounded(double code) {
+    const double moved = code + 0.5;
+    return static_cast<std::int32_t>(moved);
+}
+
 NBStatus Error(std::uint32_t code) { return NBStatus(code, false); }
 
 }  // namespace
@@ -109,7 +115,7 @@ NBStatus NBAlgorithm::TallyRecord(const MCCommon::Record& record, NBOutput& outp
     if (!(observed >= -0.5 && observed + 0.5 < categories)) return scored;
     auto& statistics = isTraining ? fpTrainStatistics : fpTestStatistics;
     if (statistics == nullptr) statistics = std::make_unique<NBOutputStatistics>(categories);
-    statistics->Add(static_cast<std::int32_t>(observed + 0.5), output.GetWinner(), weight);
+    statistics->Add(Rounded(observed), output.GetWinner(), weight);
     return scored;
 }
 
@@ -143,7 +149,7 @@ NBStatus NBAlgorithm::ClassifyRecords(MCCommon::RecordIterator& records,
         ++used;
         ComputePosterior();
         const std::int32_t winner = FindWinner();
-        if (winner != static_cast<std::int32_t>(observed + 0.5)) wrongWeight += weight;
+        if (winner != Rounded(observed)) wrongWeight += weight;
         // Intended: the cell goes by the truncated code, the error by the rounded one, see
         // AFractionalTargetIsTruncatedForItsCellAndRoundedForTheError. Codes are whole numbers.
         tableOut.AddCell(static_cast<std::int32_t>(observed), winner, weight);
