@@ -48,8 +48,8 @@ FSAlgorithm::FSAlgorithm(MCCommonXML::XMLReader& document)
 
 template <class Archive>
 bool FSAlgorithm::Restore(Archive& archive) {
-    if (!archive.TryBegin(kSaved)) return false;
     try {
+        if (!archive.TryBegin(kSaved)) return false;
         Contents<FSAlgorithm> contents{*this};
         archive.Items(contents);
         archive.End();

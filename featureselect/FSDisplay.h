@@ -6,21 +6,21 @@
 #include <string_view>
 #include <vector>
 
+#include "persistence/Display.h"
+
 /// What the debugging displays of the engine's classes share. Numbers take the stream's own
 /// format, so a caller that needs all digits sets its precision.
 namespace FSDisplay {
 
-/// The value, or "<missing>" for the missing value.
-void Value(std::ostream& out, double value);
-
-/// "label" and the value on a line of its own.
+/// "label" and the value, or "<missing>" for the missing value, on a line of its own.
 void Line(std::ostream& out, std::string_view label, double value);
 void Line(std::ostream& out, std::string_view label, std::int32_t value);
 
 /// A vector with its name and size, ten values a line in fields of width 6.
-void Vector(std::ostream& out, std::string_view name, const std::vector<bool>& values);
-void Vector(std::ostream& out, std::string_view name, const std::vector<std::int32_t>& values);
-void Vector(std::ostream& out, std::string_view name, const std::vector<double>& values);
+template <class T>
+void Vector(std::ostream& out, std::string_view name, const std::vector<T>& values) {
+    Persistence::DisplayVector(out, name, values);
+}
 
 /// "Start of NAME display" and "End of NAME display", each on a line of its own.
 void Start(std::ostream& out, std::string_view className);

@@ -143,8 +143,8 @@ class FSPredictorSet {
     // --- Reports (FSPredictorSetReports.cpp) ---
 
     /// The XML report of one criterion: the predictors in its order, the n best ones or, for n = 0,
-    /// as many as were sorted. 1 cancelled, 6 not ranked yet; then nothing is written. Errors of
-    /// the stream show in its state.
+    /// as many as were sorted. A number of no criterion has no predictors. 1 cancelled, 6 not
+    /// ranked yet; then nothing is written. Errors of the stream show in its state.
     FSStatus WriteOutputOne(std::ostream& stream, std::int32_t criterion, std::int32_t n) const;
     /// The XML report of the screening and, once ranked, of every criterion of every remaining
     /// predictor. 1 cancelled, 6 not screened yet.

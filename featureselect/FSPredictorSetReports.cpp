@@ -86,7 +86,8 @@ FSStatus FSPredictorSet::WriteOutputOne(std::ostream& stream, std::int32_t crite
     const std::int32_t slot = readsF ? FSCriterion::kFStat : criterion;
     std::int32_t position = 0;
     std::int32_t written = 0;
-    for (const auto& record : fvpSort[static_cast<std::size_t>(slot)]) {
+    static const decltype(fvpSort)::value_type kNone;
+    for (const auto& record : IsCriterion(slot) ? fvpSort[static_cast<std::size_t>(slot)] : kNone) {
         if (best != 0 && position == best) break;
         const std::int32_t rank = position++;
         if (skipsCategorical && fpSettings->IsPredictorCategorical(record->fPredictor)) continue;

@@ -237,6 +237,36 @@ TEST_F(FSReports, ASortedHeadLimitsTheList) {
     EXPECT_EQ(Named(One(0, 3), "Predictor").size(), 2U);
 }
 
+TEST_F(FSReports, ANegativeNumberReadsAsANumberOfZeroAndListsAll) {
+    Prepare(true);
+    Rank();
+    const auto elements = One(0, -1);
+    EXPECT_EQ(elements[0]["predictorChoiceType"], "numberOfBest");
+    EXPECT_EQ(elements[0]["numberOfBest"], "0");
+    EXPECT_EQ(elements[0]["numberOfPredictors"], "4");
+}
+
+TEST_F(FSReports, ANumberOfNoCriterionHasNoNameAndNoPredictors) {
+    Prepare(true);
+    Rank();
+    for (const std::int32_t criterion : {-1, 6, 1000000}) {
+        const auto elements = One(criterion);
+        EXPECT_EQ(Named(elements, "Criterion")[0].Names(), "") << criterion;
+        EXPECT_EQ(elements[0]["numberOfPredictors"], "0") << criterion;
+    }
+}
+
+TEST_F(FSReports, ASetOfUnknownKindHasNoTypeAttribute) {
+    Prepare(true);
+    Rank();
+    auto bytes = testsupport::Save(*fpSet);
+    const std::int32_t unknown = FSSettings::kUnknownType;
+    std::memcpy(bytes.data() + 21, &unknown, sizeof unknown);
+    testsupport::RestoreInto(*fpSet, bytes);
+    EXPECT_EQ(One(0)[0].Names(), "version predictorChoiceType numberOfPredictors");
+    EXPECT_EQ(All()[0].Names(), "version targetType numberOfPredictors");
+}
+
 TEST_F(FSReports, CategoricalPredictorsTakePlacesButNoElementsAtTheFStatistic) {
     // Records of categorical predictors in the F order come only from a restored state that had
     // another target; the set keeps none of its own.
@@ -338,6 +368,21 @@ TEST_F(FSReports, AllCriteriaOfAMixedSetWithACategoricalTarget) {
                   fpSet->GetCriterionValues(criterion)[1]);
         EXPECT_EQ(criteria[shared]["rankOrder"], std::to_string(fpSet->GetRanks(criterion)[1]));
     }
+}
+
+TEST_F(FSReports, BehindASortedHeadThereAreNoRanksAndNoSharedTests) {
+    Prepare(true);
+    Rank(1);
+    std::size_t ranked = 0;
+    for (const Element& test : Named(All(), "CriterionAndRank")) {
+        if (test["rankOrder"] == "(none)") {
+            EXPECT_NE(test["statisticValue"], "(none)") << "a full element";
+        } else {
+            EXPECT_EQ(test["rankOrder"], "0");
+            ++ranked;
+        }
+    }
+    EXPECT_EQ(ranked, 3U) << "the best one of each criterion";
 }
 
 TEST_F(FSReports, AllCriteriaOfAMixedSetWithAContinuousTarget) {

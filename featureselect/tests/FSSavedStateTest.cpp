@@ -488,6 +488,21 @@ TEST(FSFactoryRestore, ABrokenXMLStateNamesTheBinaryForm) {
     EXPECT_EQ(factory.GetStatus().fCode, 80005U);
 }
 
+TEST(FSFactoryRestore, AStreamThatThrowsIsAFailedRestore) {
+    const testsupport::SilentStream errors(std::cerr);
+    for (const std::size_t size : {3U, 30U, 300U}) {
+        FSFactory factory;
+        std::istringstream bytes(Golden("FSAlgorithm.bin").substr(0, size));
+        bytes.exceptions(std::ios::eofbit | std::ios::failbit);
+        EXPECT_EQ(factory.CreateFromBinary(bytes), nullptr);
+        EXPECT_EQ(factory.GetStatus(), FSStatus::BinaryRestoreFailed()) << size;
+        std::istringstream text(Golden("FSAlgorithm.xml").substr(0, size));
+        text.exceptions(std::ios::eofbit | std::ios::failbit);
+        EXPECT_EQ(factory.CreateFromXML(text), nullptr);
+        EXPECT_EQ(factory.GetStatus(), FSStatus::XmlRestoreFailed()) << size;
+    }
+}
+
 TEST(FSFactoryRestore, MoreMayFollowABinaryState) {
     FSFactory factory;
     std::istringstream stream(Golden("FSAlgorithm.bin") + Golden("FSAlgorithm.bin"));
