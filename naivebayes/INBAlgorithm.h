@@ -30,7 +30,8 @@ struct NBSubset {
 /// NBDataPreparator.
 ///
 /// Every operation returns a status. Errors of training stick: each later operation returns the
-/// stored one and does nothing. An interrupt resets the model for good. Nothing throws.
+/// stored one and does nothing. An interrupt resets the model for good: error 1. Nothing throws.
+/// Codes below are errors unless called warnings.
 /// One thread; Interrupt is the one operation that a listener may call from within another.
 class INBAlgorithm {
  public:
@@ -47,36 +48,43 @@ class INBAlgorithm {
     virtual std::string GetVersionString() const = 0;
 
     /// Trains on the inputs of the list in one pass over at most numRecords used records, then
-    /// rewinds the source.
+    /// rewinds the source. 3 no memory; 70011 no usable record; 70020 a single one, or no predictor
+    /// with two filled categories. Warning 70015: such a predictor, argument 0, has left the model.
     virtual NBStatus BuildModel(MCCommon::MultiPassRecordIter& records,
                                 std::int32_t numRecords) = 0;
     virtual bool IsModelBuilt() const = 0;
-    /// Adds records to a built model. numRecords negative: all.
+    /// Adds records to a built model. numRecords negative: all. Of its own refusals none sticks:
+    /// 6 not built, 70007 numRecords 0, 70011 no usable record; otherwise as BuildModel.
     virtual NBStatus UpdateModel(MCCommon::MultiPassRecordIter& records,
                                  std::int32_t numRecords) = 0;
 
     /// Classifies records and compares with what was observed; only complete records count.
-    /// numRecords limits the records used; negative: all.
+    /// numRecords limits the records used; negative: all. 6 not built, 70007 numRecords 0, 70011 no
+    /// record, 70012 as in ScoreInputRecord.
     virtual NBStatus ClassifyRecords(MCCommon::RecordIterator& records,
                                      NBOutputStatistics& tableOut, std::int32_t numRecords) = 0;
-    /// Scores a record of GetNumInputVars() inputs. Warning 70016: no input was valid, the result
-    /// is the priors.
+    /// Scores a record of GetNumInputVars() inputs. 6 not built; 70012 another length, arguments 0
+    /// expected and 1 given. Warning 70010: a code out of range, no result; arguments 0 the input,
+    /// 1 the code, 2 the highest code, double argument 1 the value.
     virtual NBStatus ScoreInputRecord(const MCCommon::Record& record, NBOutput& output) = 0;
-    /// Scores an original record.
+    /// Scores an original record; argument 0 of 70010 is then the variable. Warning 70016: no input
+    /// was valid, the result is the priors.
     virtual NBStatus ScoreRecord(const MCCommon::Record& record, NBOutput& output) = 0;
-    /// Scores an original record and counts it in the training or the test statistics.
+    /// Scores an original record and, after success, counts it in the training or the test
+    /// statistics if its target and its weight are valid.
     virtual NBStatus TallyRecord(const MCCommon::Record& record, NBOutput& output,
                                  bool isTraining) = 0;
     /// Null before a tally, here and in the next. Borrowed from the engine.
     virtual const NBOutputStatistics* GetTrainStatistics() const = 0;
     virtual const NBOutputStatistics* GetTestStatistics() const = 0;
 
-    /// Writes the model as PMML 4.3. options may be null.
+    /// Writes the model as PMML 4.3. options may be null. Warning 6: not built.
     virtual NBStatus WritePMML(std::ostream& stream, const NBWriteOptions* options) = 0;
 
     /// Borrowed, may be null.
     virtual void SetInterruptSource(MCStopProcessor* stopProcessor) = 0;
 
+    /// The state for RestoreNBAlgorithm. 4 no model, 70004 the stream has failed.
     virtual NBStatus SaveBinary(std::ostream& stream) = 0;
     virtual NBStatus SaveXML(std::ostream& stream) = 0;
     virtual void Interrupt() = 0;
@@ -91,6 +99,11 @@ class INBAlgorithm {
     /// maxSize counts forced predictors too, -1 leaves it to the engine; exact makes it the size.
     /// testRecords null: the pseudo-BIC decides, else the test data. numTest: how many, -1 all.
     /// numBest: subsets to keep, below 1 five. xmlStream null: no report is written.
+    ///
+    /// As BuildModel, and 70001 no temporary file or a full disk; 70002 no record, 70003 no usable
+    /// test record; 70007 and 70008 numRecords and numTest 0; 70013 maxSize not above the forced
+    /// predictors, arguments both. Warning 70014: maxSize was cut, arguments maxSize, forced ones
+    /// and candidates.
     virtual NBStatus SelectSubset(MCCommon::MultiPassRecordIter& records, std::int32_t numRecords,
                                   std::vector<std::int32_t>& selectedOut,
                                   std::vector<double>& criteriaOut,

@@ -85,12 +85,12 @@ NBStatus NBAlgorithm::UpdateModel(MCCommon::MultiPassRecordIter& records, std::i
     if (numRecords < 0) numRecords = std::numeric_limits<std::int32_t>::max();
     return Training([&] {
         NBInternalAdapter adapter(records, numRecords, *fpPreparator);
-        // Without a usable record the model stays as it is, and goes on.
-        const bool isReady = adapter.HasMore();
-        const NBStatus status = isReady ? FinishTraining(TrainOn(adapter, numRecords))
-                                        : Error(NBCode::kNoUsableRecords);
+        NBStatus status = Error(NBCode::kNoUsableRecords);
+        if (adapter.HasMore()) status = TrainOn(adapter, numRecords);
         records.NewPass();
-        return status;
+        // Without a usable record the model stays as it is, and goes on.
+        const bool isUnchanged = status.GetCode() == NBCode::kNoUsableRecords;
+        return isUnchanged && !fInterrupt.IsStopped() ? status : FinishTraining(status);
     });
 }
 
@@ -360,6 +360,9 @@ NBStatus NBAlgorithm::MergeModel(const INBAlgorithm& other, bool checkVariables)
             fvInputs[i].MergeFrom(theirs, fVarList.GetEncoder(fvInputs[i].GetVarIndex()),
                                   peer->fVarList.GetEncoder(theirs.GetVarIndex()),
                                   fOutput.GetNumCategories(), codeMap, weight);
+        }
+        for (NBOutputStatistics* statistics : {fpTrainStatistics.get(), fpTestStatistics.get()}) {
+            if (statistics != nullptr) statistics->Extend(fOutput.GetNumCategories());
         }
         // What the encoders learned from the other side.
         for (std::int32_t i = 0; i < fVarList.GetNumVariables(); ++i) {

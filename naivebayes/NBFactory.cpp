@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <exception>
 #include <istream>
 #include <new>
 
@@ -13,7 +14,7 @@ template <class Restore>
 std::unique_ptr<INBAlgorithm> Restored(NBStatus& status, std::istream& stream,
                                        std::uint32_t failure, Restore restore) {
     status = NBStatus();
-    if (!stream.good()) {
+    if (stream.fail()) {
         status = NBStatus(NBCode::kStreamFailed, false);
         return nullptr;
     }
@@ -22,7 +23,8 @@ std::unique_ptr<INBAlgorithm> Restored(NBStatus& status, std::istream& stream,
         if (restore(*algorithm)) return algorithm;
     } catch (const MCNaive::IOException* exception) {
         delete exception;
-    } catch (const std::bad_alloc&) {
+    } catch (const std::exception&) {
+        // No memory for what did arrive, or a stream that throws.
     }
     status = NBStatus(failure, false);
     return nullptr;
@@ -36,6 +38,14 @@ std::int32_t FirstOf(const std::vector<std::int32_t>& constants,
     return all.empty() ? -1 : *std::min_element(all.begin(), all.end());
 }
 
+/// Roles can be set so that the one target has not the target's index, or is no categorical
+/// variable.
+bool HasUsableTarget(const NBVarList& list) {
+    const INBVariable* const target = list.GetVariable(list.GetTargetIndex());
+    return target != nullptr && target->GetRole() == NBRole::kTarget &&
+           target->GetMeasureLevel() != NBMeasureLevel::kContinuous;
+}
+
 }  // namespace
 
 std::unique_ptr<INBAlgorithm> CreateNBAlgorithm(NBStatus& status,
@@ -46,7 +56,7 @@ std::unique_ptr<INBAlgorithm> CreateNBAlgorithm(NBStatus& status,
         NBVarList checked = varList;  // checking takes over the encoders' numbers of categories
         std::vector<std::int32_t> constants;
         std::vector<std::int32_t> empties;
-        if (!checked.ValidateVariables(constants, empties, true)) {
+        if (!checked.ValidateVariables(constants, empties, true) || !HasUsableTarget(checked)) {
             status = NBStatus(NBCode::kBadVarList, false);
             status.SetIntArg(1, FirstOf(constants, empties));
             return nullptr;

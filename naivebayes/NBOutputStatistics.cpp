@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <ostream>
+#include <utility>
 
 #include "persistence/Display.h"
 
@@ -17,6 +18,19 @@ void NBOutputStatistics::Reset(std::int32_t numCategories) {
     fErrorPercent = 0.0;
     const std::size_t size = Index(std::max(numCategories, 0));
     fMatrix.assign(size * size, 0.0);
+}
+
+void NBOutputStatistics::Extend(std::int32_t numCategories) {
+    if (numCategories <= fNumCategories) return;
+    const std::size_t before = Index(std::max(fNumCategories, 0));
+    const std::size_t size = Index(numCategories);
+    std::vector<double> extended(size * size, 0.0);
+    for (std::size_t row = 0; row < before; ++row) {
+        std::copy_n(fMatrix.begin() + static_cast<std::ptrdiff_t>(row * before), before,
+                    extended.begin() + static_cast<std::ptrdiff_t>(row * size));
+    }
+    fMatrix = std::move(extended);
+    fNumCategories = numCategories;
 }
 
 void NBOutputStatistics::Add(std::int32_t observed, std::int32_t predicted, double weight) {

@@ -14,6 +14,8 @@ class NBOutputStatistics {
 
     /// Empties the table and gives it this many categories.
     void Reset(std::int32_t numCategories);
+    /// Gives the table further categories behind its own, without counts.
+    void Extend(std::int32_t numCategories);
     /// A further record. Its error joins the running percentage. Both codes in range.
     void Add(std::int32_t observed, std::int32_t predicted, double weight);
     /// The same without the percentage, which SetErrorPercent then sets for all.

@@ -115,9 +115,8 @@ std::unique_ptr<XMLElement> MakeDocument(const NBVarList& varList,
 }
 
 void AddCategoryValue(XMLElement& element, const INBEncoder* encoder, std::int32_t code) {
-    if (encoder == nullptr || code >= encoder->GetNumCodes()) {
-        element.AddAttribute("value", code);
-    } else if (const auto* const numeric = dynamic_cast<const NBCatNumEncoder*>(encoder)) {
+    if (encoder != nullptr && code >= encoder->GetNumCodes()) encoder = nullptr;
+    if (const auto* const numeric = dynamic_cast<const NBCatNumEncoder*>(encoder)) {
         element.AddAttribute("value", numeric->Decode(code));
     } else if (const auto* const text = dynamic_cast<const NBStringEncoder*>(encoder)) {
         element.AddAttribute("value", text->Decode(code));

@@ -1,18 +1,9 @@
 #include "naivebayes/NBayesInputBase.h"
 
+#include <numeric>
 #include <ostream>
 
 #include "persistence/Display.h"
-
-namespace {
-
-double RowSum(const std::vector<double>& row) {
-    double sum = 0.0;
-    for (const double count : row) sum += count;
-    return sum;
-}
-
-}  // namespace
 
 NBayesInputBase::NBayesInputBase(std::int32_t numCategories, std::int32_t numTargetCategories) {
     SetShape(numCategories, numTargetCategories);
@@ -48,13 +39,18 @@ double NBayesInputBase::AddCount(std::int32_t category, std::int32_t targetCateg
     return count;
 }
 
+bool NBayesInputBase::IsFilled(std::size_t category) const {
+    const std::vector<double>& row = fCounts[category];
+    return std::accumulate(row.begin(), row.end(), 0.0) > 0.0;
+}
+
 std::int32_t NBayesInputBase::ComputeProbabilities(double threshold) {
     // Sized by a row: of a restored table without rows only the number of cells is known.
     std::vector<double> columnSums(fCounts.empty() ? 0 : fCounts.front().size(), 0.0);
     fNumNonEmpty = 0;
-    for (const std::vector<double>& row : fCounts) {
-        for (std::size_t k = 0; k < row.size(); ++k) columnSums[k] += row[k];
-        if (RowSum(row) > 0.0) ++fNumNonEmpty;
+    for (std::size_t m = 0; m < fCounts.size(); ++m) {
+        for (std::size_t k = 0; k < columnSums.size(); ++k) columnSums[k] += fCounts[m][k];
+        if (IsFilled(m)) ++fNumNonEmpty;
     }
     for (std::size_t m = 0; m < fCounts.size(); ++m) {
         for (std::size_t k = 0; k < columnSums.size(); ++k) {

@@ -46,6 +46,8 @@ class NBayesInputBase {
     std::int32_t GetNumNonEmpty() const { return fNumNonEmpty; }
     /// Cells of a row; -1 in a table that was never set up.
     std::int32_t GetNumTargetCategories() const { return fNumTargetCategories; }
+    /// Whether the category holds weight now.
+    bool IsFilled(std::size_t category) const;
     /// Weights by predictor category, then target category.
     const Matrix& GetCounts() const { return fCounts; }
     /// P(predictor category | target category), in the same shape.

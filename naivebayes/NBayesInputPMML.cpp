@@ -1,6 +1,5 @@
 #include <cstddef>
 #include <limits>
-#include <numeric>
 
 #include "naivebayes/NBPMMLWriter.h"
 #include "naivebayes/NBayesInput.h"
@@ -65,7 +64,7 @@ std::unique_ptr<XMLElement> NBayesInput::MakePMML(const INBEncoder& targetEncode
     std::int32_t running = 0;
     for (std::size_t m = 0; m < fCounts.size(); ++m) {
         const std::vector<double>& row = fCounts[m];
-        if (!(std::accumulate(row.begin(), row.end(), 0.0) > 0.0)) continue;
+        if (!IsFilled(m)) continue;
         XMLElement& pair = bayesInput->AddChild("PairCounts");
         const auto code = static_cast<std::int32_t>(m);
         if (code < numCodes) {

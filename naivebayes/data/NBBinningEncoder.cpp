@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <limits>
-#include <numeric>
 #include <ostream>
 #include <utility>
 
@@ -57,19 +56,14 @@ double NBBinningEncoder::Encode(double value) const {
 std::unique_ptr<NBBinningEncoder> NBBinningEncoder::MakeCollapsedCopy(
     const NBayesInputBase& table) const {
     auto copy = std::make_unique<NBBinningEncoder>(*this);
-    const auto& counts = table.GetCounts();
-    const std::size_t numRows = counts.size();
+    const std::size_t numRows = table.GetCounts().size();
     const auto numFilled = table.GetNumNonEmpty();
     // A table of other bins has nothing to say about these.
     if (numRows != fvCutpoints.size() + 1) return copy;
     if (numFilled >= static_cast<std::int32_t>(numRows) || numFilled < 2) return copy;
 
-    std::vector<bool> filled;
-    for (const auto& row : counts) {
-        filled.push_back(std::accumulate(row.begin(), row.end(), 0.0) > 0.0);
-    }
-    const auto nextFilled = [&filled, numRows](std::size_t from) {
-        while (from < numRows && !filled[from]) ++from;
+    const auto nextFilled = [&table, numRows](std::size_t from) {
+        while (from < numRows && !table.IsFilled(from)) ++from;
         return from;
     };
     auto& cutpoints = copy->fvCutpoints;

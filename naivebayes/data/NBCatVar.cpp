@@ -24,7 +24,6 @@ NBCatVar::NBCatVar(std::string name, std::string label, std::int32_t role,
       fLabel(std::move(label)),
       fRole(role),
       fNumCategories(numCategories),
-      fMeasureLevel(NBMeasureLevel::kNumericCat),
       fpEncoder(std::move(encoder)) {}
 
 NBCatVar::NBCatVar(std::string name, std::string label, std::int32_t role,
@@ -33,7 +32,6 @@ NBCatVar::NBCatVar(std::string name, std::string label, std::int32_t role,
       fLabel(std::move(label)),
       fRole(role),
       fNumCategories(numCategories),
-      fMeasureLevel(NBMeasureLevel::kStringCat),
       fpEncoder(std::move(encoder)) {}
 
 NBCatVar::NBCatVar(const NBCatVar& other)
@@ -42,7 +40,6 @@ NBCatVar::NBCatVar(const NBCatVar& other)
       fLabel(other.fLabel),
       fRole(other.fRole),
       fNumCategories(other.fNumCategories),
-      fMeasureLevel(other.fMeasureLevel),
       fpEncoder(CloneOf(*other.fpEncoder)) {}
 
 NBCatVar& NBCatVar::operator=(const NBCatVar& other) {
@@ -50,7 +47,6 @@ NBCatVar& NBCatVar::operator=(const NBCatVar& other) {
     fLabel = other.fLabel;
     fRole = other.fRole;
     fNumCategories = other.fNumCategories;
-    fMeasureLevel = other.fMeasureLevel;
     fpEncoder = CloneOf(*other.fpEncoder);
     return *this;
 }
@@ -85,7 +81,7 @@ std::int64_t NBCatVar::RestoreXML(MCCommonXML::XMLReader& document) {
 void NBCatVar::Display(std::ostream& out) const {
     out << "Categorical variable: name = " << fName << ", label = " << fLabel
         << ", role = " << NBRole::Text(fRole) << '\n';
-    out << "\tMeasurement Level = " << NBMeasureLevel::Text(fMeasureLevel) << '\n';
+    out << "\tMeasurement Level = " << NBMeasureLevel::Text(GetMeasureLevel()) << '\n';
     out << "\tNumber of Categories = " << fNumCategories << '\n';
     fpEncoder->Display(out);
 }

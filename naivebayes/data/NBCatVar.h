@@ -27,7 +27,7 @@ class NBCatVar : public INBVariable {
     NBCatVar(const NBCatVar& other);
     NBCatVar& operator=(const NBCatVar& other);
 
-    std::int32_t GetMeasureLevel() const override { return fMeasureLevel; }
+    std::int32_t GetMeasureLevel() const override { return LevelOf(fpEncoder->GetEncoderType()); }
     const std::string& GetName() const override { return fName; }
     const std::string& GetLabel() const override { return fLabel; }
     void SetLabel(const std::string& label) override { fLabel = label; }
@@ -54,8 +54,9 @@ class NBCatVar : public INBVariable {
 
     template <class Self, class Archive>
     static void Fields(Self&& self, Archive& archive) {
-        archive(kSaved, self.fName, self.fLabel, self.fRole, self.fNumCategories,
-                self.fMeasureLevel, EncoderOf<std::remove_reference_t<Self>>{self});
+        std::int32_t level = self.GetMeasureLevel();
+        archive(kSaved, self.fName, self.fLabel, self.fRole, self.fNumCategories, level,
+                EncoderOf<std::remove_reference_t<Self>>{self, level});
     }
 
  private:
@@ -67,6 +68,7 @@ class NBCatVar : public INBVariable {
     template <class Variable>
     struct EncoderOf {
         Variable& fVariable;
+        const std::int32_t& fLevel;  // the saved one, read just before
 
         template <class Self, class Archive>
         static void Fields(Self&& self, Archive& archive) {
@@ -75,7 +77,7 @@ class NBCatVar : public INBVariable {
             if constexpr (Archive::kRestores) {
                 archive.Require(self.fVariable.fNumCategories >= 0);
                 archive.Require(type == NBEncoderType::kCatNum || type == NBEncoderType::kString);
-                archive.Require(self.fVariable.fMeasureLevel == LevelOf(type));
+                archive.Require(self.fLevel == LevelOf(type));
             }
             if (type == NBEncoderType::kCatNum) {
                 Encoder<NBCatNumEncoder>(self.fVariable, archive);
@@ -105,7 +107,6 @@ class NBCatVar : public INBVariable {
     std::string fLabel;
     std::int32_t fRole;
     std::int32_t fNumCategories;
-    std::int32_t fMeasureLevel;                    // numeric or string, as the encoder
     std::unique_ptr<NBCategoryEncoder> fpEncoder;  // never null
 };
 

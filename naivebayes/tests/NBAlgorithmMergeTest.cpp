@@ -106,6 +106,38 @@ TEST(NBAlgorithmMerge, CategoriesSeenOnOneSideOnlyJoin) {
     EXPECT_EQ(Merge(*restored, *other), NBStatus());
 }
 
+TEST(NBAlgorithmMerge, StatisticsTakeInTheTargetCategoriesThatJoin) {
+    NBVarList mine;
+    mine.AddStringCatVar("t", "", {"a", "b"}, {}, kTarget);
+    AddCategorical(mine, "p", 2, kInput);
+    NBVarList theirs;
+    theirs.AddStringCatVar("t", "", {"c", "a"}, {}, kTarget);
+    AddCategorical(theirs, "p", 2, kInput);
+    const auto engine = Built(mine, {{0, 0}, {0, 0}, {1, 1}});
+    NBOutput output;
+    const auto tally = [&](double target, double code, bool isTraining) {
+        EXPECT_EQ(engine->TallyRecord(MCCommon::Record({target, code}), output, isTraining),
+                  NBStatus());
+    };
+    tally(0, 0, true);
+    tally(0, 1, true);
+    tally(1, 1, false);
+    const Rows many(20, {0, 1});
+    Rows others = many;
+    others.push_back({1, 0});
+    EXPECT_EQ(Merge(*engine, *Built(theirs, others)), NBStatus());
+    // What was counted stays where it was.
+    tally(2, 1, true);
+    tally(1, 1, false);
+    EXPECT_EQ(engine->GetTrainStatistics()->GetMatrix(),
+              (std::vector<std::vector<double>>{{1, 1, 0}, {0, 0, 0}, {0, 0, 1}}));
+    EXPECT_EQ(engine->GetTrainStatistics()->GetTotalWeight(), 3.0);
+    EXPECT_NEAR(engine->GetTrainStatistics()->GetErrorPercent(), 100.0 / 3, 1e-12);
+    EXPECT_EQ(engine->GetTestStatistics()->GetMatrix(),
+              (std::vector<std::vector<double>>{{0, 0, 0}, {0, 1, 1}, {0, 0, 0}}));
+    EXPECT_NEAR(engine->GetTestStatistics()->GetErrorPercent(), 50.0, 1e-12);
+}
+
 TEST(NBAlgorithmMerge, EmptyBinsAreClosedAnew) {
     NBVarList list;
     AddCategorical(list, "t", 2, kTarget);
@@ -151,6 +183,33 @@ TEST(NBAlgorithmMerge, OtherNumbersOfTablesAreRefusedEvenAtTheCallersWord) {
     EXPECT_EQ(Merge(*engine, *other, false), With(Error(NBCode::kCannotMerge), -1));
     EXPECT_EQ(Merge(*engine, *other, true), With(Error(NBCode::kCannotMerge), 2))
         << "the smaller number of variables";
+}
+
+TEST(NBAlgorithmMerge, VariablesOfOtherKindsAtTheCallersWordLeaveAUsableModel) {
+    // Nothing meets by value: their tables add nothing, or bin by bin.
+    NBVarList texts;
+    texts.AddStringCatVar("t", "", {"a", "b", "c"}, {}, kTarget);
+    texts.AddStringCatVar("p", "", {"d", "e", "f", "g", "h"}, {}, kInput);
+    AddCategorical(texts, "q", 3, kInput);
+    NBVarList numbers;
+    AddCategorical(numbers, "t", 2, kTarget);
+    numbers.AddContVar("p", "", 0.0, 4.0, 4, kInput);
+    numbers.AddContVar("q", "", 0.0, 4.0, 2, kInput);
+    const Rows ofTexts{{0, 0, 0}, {1, 4, 2}, {2, 3, 1}, {2, 2, 2}};
+    const Rows ofNumbers{{0, 0.5, 0.5}, {1, 3.5, 3.5}, {1, 1.5, 2.5}};
+    for (const bool textsFirst : {true, false}) {
+        const auto engine = textsFirst ? Built(texts, ofTexts) : Built(numbers, ofNumbers);
+        const auto other = textsFirst ? Built(numbers, ofNumbers) : Built(texts, ofTexts);
+        EXPECT_EQ(Merge(*engine, *other, false), NBStatus());
+        NBOutput output;
+        for (const auto& row : textsFirst ? ofTexts : ofNumbers) {
+            EXPECT_EQ(engine->TallyRecord(MCCommon::Record(row), output, true), NBStatus());
+        }
+        Source source(textsFirst ? ofTexts : ofNumbers);
+        EXPECT_EQ(engine->UpdateModel(source, -1), NBStatus());
+        const std::string saved = SavedBinary(*engine);
+        EXPECT_EQ(SavedBinary(*RestoredBinary(saved)), saved);
+    }
 }
 
 TEST(NBAlgorithmMerge, WithoutTwoModelsNothingIsMerged) {

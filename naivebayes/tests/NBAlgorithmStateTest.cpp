@@ -232,6 +232,31 @@ TEST(NBAlgorithmState, AFailedStreamIsNoPlaceToSave) {
     EXPECT_EQ(engine->SaveBinary(full), Error(NBCode::kStreamFailed));
 }
 
+TEST(NBAlgorithmState, AStreamThatThrowsIsAFailedRestore) {
+    const testsupport::SilentStream errors(std::cerr);
+    for (const std::size_t size : {std::size_t{3}, std::size_t{30}, kSettings}) {
+        NBStatus status;
+        std::istringstream binary(PlainState().substr(0, size));
+        binary.exceptions(std::ios::eofbit | std::ios::failbit);
+        EXPECT_EQ(RestoreNBAlgorithm(status, binary), nullptr);
+        EXPECT_EQ(status, Error(NBCode::kBinaryRestore)) << size;
+        std::istringstream xml(savedmodels::SmallModelXML().substr(0, size));
+        xml.exceptions(std::ios::eofbit | std::ios::failbit);
+        EXPECT_EQ(RestoreNBAlgorithmXML(status, xml), nullptr);
+        EXPECT_EQ(status, Error(NBCode::kXMLRestore)) << size;
+    }
+}
+
+TEST(NBAlgorithmState, AStreamThatIsReadToItsEndHasNotFailedButHoldsNoState) {
+    const testsupport::SilentStream errors(std::cerr);
+    std::istringstream stream;
+    ASSERT_EQ(stream.peek(), std::istringstream::traits_type::eof());
+    ASSERT_FALSE(stream.fail());
+    NBStatus status;
+    EXPECT_EQ(RestoreNBAlgorithm(status, stream), nullptr);
+    EXPECT_EQ(status, Error(NBCode::kBinaryRestore));
+}
+
 TEST(NBAlgorithmState, APMMLDocumentNamesTheModelsVariables) {
     std::ostringstream stream;
     EXPECT_EQ(savedmodels::SmallModel()->WritePMML(stream, nullptr), NBStatus());

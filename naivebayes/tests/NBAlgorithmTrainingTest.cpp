@@ -224,6 +224,8 @@ TEST(NBAlgorithmTraining, UpdatingRefusesWhatItCannotUse) {
     EXPECT_EQ(engine->UpdateModel(empty, 5), Error(NBCode::kNoUsableRecords));
     EXPECT_EQ(engine->UpdateModel(source, 0), Error(NBCode::kNoRecordCount));
     EXPECT_EQ(engine->UpdateModel(unusable, 5), Error(NBCode::kNoUsableRecords));
+    Source readButNotCounted(Rows{{7, 0, 9}});
+    EXPECT_EQ(engine->UpdateModel(readButNotCounted, 5), Error(NBCode::kNoUsableRecords));
     EXPECT_EQ(SavedBinary(*engine), before);
 }
 

@@ -41,6 +41,30 @@ TEST(NBFactory, AListWithoutTargetOrPredictorsHasNoVariableToName) {
     EXPECT_EQ(CreationOf(list), With(Error(NBCode::kBadVarList), 0, -1));
 }
 
+TEST(NBFactory, TheListMustKnowItsTargetByIndex) {
+    NBVarList list = CategoricalList(2, {2, 3});
+    list.SetRole(1, kTarget);
+    list.SetRole(0, kInput);
+    ASSERT_EQ(list.GetTargetIndex(), -1);
+    EXPECT_EQ(CreationOf(list), With(Error(NBCode::kBadVarList), 0, -1));
+    NBVarList weight;
+    weight.AddWeightVar("w", "", 0);
+    weight.SetRole(0, kTarget);
+    AddCategorical(weight, "t", 2, kInput);
+    AddCategorical(weight, "x", 2, kInput);
+    weight.SetRole(1, kTarget);
+    ASSERT_EQ(weight.GetTargetIndex(), 0);
+    EXPECT_EQ(CreationOf(weight), With(Error(NBCode::kBadVarList), 0, -1));
+}
+
+TEST(NBFactory, AContinuousVariableMadeTheTargetIsRefused) {
+    NBVarList list;
+    list.AddContVar("t", "", 0.0, 1.0, 5, kUnused);
+    AddCategorical(list, "x", 2, kInput);
+    list.SetRole(0, kTarget);
+    EXPECT_EQ(CreationOf(list), With(Error(NBCode::kBadVarList), 0, -1));
+}
+
 TEST(NBFactory, TheEngineHasItsOwnCopies) {
     NBVarList list = CategoricalList(2, {2});
     NaiveBayesSettings settings;

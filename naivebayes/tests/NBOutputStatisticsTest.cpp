@@ -89,6 +89,23 @@ TEST(NBOutputStatistics, ResetEmptiesTheTable) {
     EXPECT_TRUE(statistics.GetMatrix().empty());
 }
 
+TEST(NBOutputStatistics, FurtherCategoriesLeaveCountsAtTheirPlaces) {
+    NBOutputStatistics statistics(2);
+    statistics.Add(0, 1, 1.0);
+    statistics.Add(1, 0, 2.0);
+    statistics.Add(1, 1, 3.0);
+    statistics.Extend(3);
+    EXPECT_EQ(statistics.GetMatrix(),
+              (std::vector<std::vector<double>>{{0, 1, 0}, {2, 3, 0}, {0, 0, 0}}));
+    EXPECT_EQ(statistics.GetTotalWeight(), 6.0);
+    EXPECT_EQ(statistics.GetErrorPercent(), 50.0);
+    statistics.Extend(2);
+    EXPECT_EQ(statistics.GetNumCategories(), 3) << "it never shrinks";
+    NBOutputStatistics empty;
+    empty.Extend(2);
+    EXPECT_EQ(empty.GetRow(1), std::vector<double>(2, 0.0));
+}
+
 TEST(NBOutputStatistics, DisplayListsTheMatrix) {
     NBOutputStatistics statistics(2);
     statistics.Add(0, 1, 1.0);

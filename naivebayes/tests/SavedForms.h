@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <sstream>
@@ -26,8 +27,14 @@ std::string Binary(const T& object) {
 template <class T>
 std::string XML(const T& object) {
     std::ostringstream stream;
-    object.SaveXML(stream, 0);
-    return stream.str();
+    const auto count = object.SaveXML(stream, 0);
+    const std::string text = stream.str();
+    std::int64_t elements = 0;
+    for (std::size_t at = 0; (at = text.find('<', at)) != std::string::npos; ++at) {
+        if (text[at + 1] != '/') ++elements;
+    }
+    EXPECT_EQ(count, elements);
+    return text;
 }
 
 template <class T>

@@ -103,6 +103,14 @@ TEST(NBCatVar, RefusesWhatContradictsItself) {
     EXPECT_EQ(variable.GetEncoder()->GetNumCodes(), 2);
 }
 
+TEST(NBCatVar, AFailedRestoreLeavesItTheLevelOfItsEncoder) {
+    NBCatVar variable = MakeString();
+    const std::string saved = savedforms::Binary(MakeNumeric(1, {1.0}));
+    EXPECT_FALSE(savedforms::FromBinary(variable, saved.substr(0, saved.size() - 1)));
+    EXPECT_EQ(variable.GetEncoder()->GetEncoderType(), 3);
+    EXPECT_EQ(variable.GetMeasureLevel(), 3);
+}
+
 TEST(NBCatVar, AcceptsAnyRole) {
     NBCatVar variable = MakeString();
     EXPECT_TRUE(savedforms::FromBinary(variable, savedforms::With(GoodBytes(), 13, -77)));
