@@ -51,9 +51,10 @@ LayoutRecords::LayoutRecords(const DataSet& data, const RecordLayout& layout,
             continue;
         }
         const std::int32_t variable = data.FindVariable(wanted.fName);
+        const bool mayLack = std::find(options.fvMayLack.begin(), options.fvMayLack.end(),
+                                       column) != options.fvMayLack.end();
         if (variable < 0) {
-            if (std::find(options.fvMayLack.begin(), options.fvMayLack.end(), column) ==
-                options.fvMayLack.end()) {
+            if (!mayLack) {
                 faults += (faults.empty() ? "" : "; ") + std::string("no variable '") +
                           wanted.fName + "'";
             }
@@ -61,6 +62,7 @@ LayoutRecords::LayoutRecords(const DataSet& data, const RecordLayout& layout,
         }
         const ColumnKind kind = data.Kind(variable);
         if (!HasSameMeaning(kind, wanted.fKind) && data.GetColumn(variable).ValidCount() > 0) {
+            if (mayLack) continue;
             faults += (faults.empty() ? "" : "; ") + std::string("the variable '") + wanted.fName +
                       "' holds " + KindName(kind) + " in place of " + KindName(wanted.fKind);
             continue;

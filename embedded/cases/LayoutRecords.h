@@ -15,7 +15,8 @@
 namespace embedded {
 
 struct LayoutRecordsOptions {
-    /// Record columns whose variable the data need not have: delivered as missing.
+    /// Record columns whose variable the data need not have, or may have in another type:
+    /// delivered as missing.
     std::vector<std::int32_t> fvMayLack;
     /// Every case is delivered, with the weight 1, whatever the data say of weights.
     bool fbIgnoreWeights = false;

@@ -6,9 +6,11 @@
 #include <parquet/arrow/writer.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <exception>
 #include <memory>
 #include <ostream>
+#include <system_error>
 
 #include "embedded/data/DataError.h"
 #include "embedded/data/FileWriters.h"
@@ -28,7 +30,8 @@ class StreamOutput final : public arrow::io::OutputStream {
     using arrow::io::OutputStream::Write;
     arrow::Status Write(const void* bytes, std::int64_t count) override {
         if (!fStream.write(static_cast<const char*>(bytes), count)) {
-            return arrow::Status::IOError("the file takes no more");
+            return arrow::Status::IOError(errno == 0 ? "the file takes no more"
+                                                     : std::generic_category().message(errno));
         }
         fPosition += count;
         return arrow::Status::OK();

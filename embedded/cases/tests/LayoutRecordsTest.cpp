@@ -138,6 +138,16 @@ TEST(LayoutRecords, AVariableThatMayLackIsDeliveredAsMissing) {
     EXPECT_EQ(ReadAll(records), (Rows{{-1, 1, 1}}));
 }
 
+TEST(LayoutRecords, AVariableOfAnotherTypeThatMayLackIsDeliveredAsMissing) {
+    const DataSet data =
+        DataSetBuilder().Numbers("x", {1}).Numbers("w", {1}).Numbers("y", {7}).Build();
+    LayoutRecordsOptions options;
+    options.fvMayLack = {0};
+    LayoutRecords records(data, Layout(), options);
+    EXPECT_EQ(ReadAll(records), (Rows{{-1, 1, 1}}));
+    EXPECT_EQ(records.UnknownValues()[0].fCount, 0);
+}
+
 TEST(LayoutRecords, RefusesDataThatLackVariablesOrHoldAnotherType) {
     const DataSet data = DataSetBuilder()
                              .SourceName("new.csv")
