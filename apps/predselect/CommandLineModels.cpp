@@ -1,3 +1,5 @@
+#include <cstdint>
+#include <limits>
 #include <string>
 
 #include "apps/predselect/CommandLineCommands.h"
@@ -24,7 +26,8 @@ Examples:
 
 CLI::Option* AddModel(CLI::App& command, ModelOptions& model) {
     return AddText(command, "-m,--model", model.fState,
-                   "State that --state of bayes, update or merge wrote", "FILE", kDataGroup)
+                   "State that --state of bayes, update or merge wrote; - is standard input",
+                   "FILE", kDataGroup)
         ->required();
 }
 
@@ -45,7 +48,7 @@ void AddScore(CLI::App& program, ProgramOptions& options) {
     command
         .add_option("--max-probabilities", model.fMaxProbabilities,
                     "Most probabilities to add; 0: none (25)")
-        ->check(Undescribed(CLI::NonNegativeNumber))
+        ->check(Undescribed(CLI::Range(0, std::numeric_limits<std::int32_t>::max())))
         ->type_name("N")
         ->group(kOutputGroup);
     command.add_flag("-q,--quiet", options.fOutput.fbQuiet, "No text on standard output")
@@ -76,7 +79,9 @@ void AddMerge(CLI::App& program, ProgramOptions& options) {
     CLI::App& command =
         *program.add_subcommand("merge", "Join saved classifiers of the same variables");
     command.footer(std::string(kMergeExamples) + kExitStatusHelp);
-    command.add_option("states", options.fModel.fvStates, "States to join, two or more")
+    command
+        .add_option("states", options.fModel.fvStates,
+                    "States to join, two or more; - is standard input")
         ->type_name("FILE ...")
         ->required()
         ->expected(2, 1 << 20);

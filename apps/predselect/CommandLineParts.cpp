@@ -73,7 +73,15 @@ CLI::Validator SizeOrAuto() {
 
 CLI::Option* AddText(CLI::App& command, const char* name, std::string& value, const char* help,
                      const char* type, const char* group) {
-    return command.add_option(name, value, help)->type_name(type)->group(group);
+    return command.add_option(name, value, help)
+        ->type_name(type)
+        ->group(group)
+        ->check(CLI::Validator(
+            [](const std::string& text) {
+                return std::string(text.empty() ? "must not be empty; leave it out or give a value"
+                                                : "");
+            },
+            ""));
 }
 
 void AddVariableList(CLI::App& command, const char* name, std::vector<std::string>& names,

@@ -29,7 +29,8 @@ CLI::Validator Number();
 /// A whole number, or the word auto.
 CLI::Validator SizeOrAuto();
 
-/// An option that takes a text as it is; its type is what the help calls it.
+/// An option that takes a text as it is, but none that is empty; its type is what the help calls
+/// it.
 CLI::Option* AddText(CLI::App& command, const char* name, std::string& value, const char* help,
                      const char* type, const char* group);
 /// An option with a closed set of words.

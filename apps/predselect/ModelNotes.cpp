@@ -2,21 +2,32 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <iostream>
 
 #include "apps/predselect/ProgramError.h"
+#include "apps/predselect/Terminal.h"
 
 namespace app {
 
+void CheckStandardInput(const std::vector<std::string>& paths) {
+    if (std::count(paths.begin(), paths.end(), "-") < 2) return;
+    throw ProgramError(kWrongUse,
+                       "standard input cannot give two of the inputs; put one of them in a file");
+}
+
 embedded::LayoutRecords ReadByLayout(const embedded::DataSet& data,
                                      const embedded::RecordLayout& layout,
-                                     const embedded::LayoutRecordsOptions& options,
-                                     const std::string& dataPath) {
+                                     const embedded::LayoutRecordsOptions& options) {
     try {
         return {data, layout, options};
     } catch (const embedded::DataError& error) {
-        throw ProgramError(kCommandFailed, dataPath + ": " + error.what());
+        throw ProgramError(kCommandFailed, OneLine(error.what()));
     }
+}
+
+std::string CasesText(std::int64_t count) {
+    return fmt::format("{} {}", count, count == 1 ? "case" : "cases");
 }
 
 void TellUnknownValues(const embedded::LayoutRecords& records,
@@ -25,10 +36,9 @@ void TellUnknownValues(const embedded::LayoutRecords& records,
         const auto& unknown = records.UnknownValues()[i];
         if (unknown.fCount == 0) continue;
         std::cerr << fmt::format(
-            "predselect: note: in {} {} {} has a category first met here, the first in row {}; it "
+            "predselect: note: in {} {} has a category first met here, the first in row {}; it "
             "counts as missing\n",
-            unknown.fCount, unknown.fCount == 1 ? "case" : "cases", layout.fvColumns[i].fName,
-            unknown.fFirstRow + 1);
+            CasesText(unknown.fCount), OneLine(layout.fvColumns[i].fName), unknown.fFirstRow + 1);
     }
 }
 

@@ -87,7 +87,7 @@ void WriteStream(const std::string& path, std::string_view content) {
 
 std::string TemporaryDirectory() {
     const char* named = std::getenv("TMPDIR");
-    return named != nullptr && *named != '\0' ? named : "/tmp";
+    return named != nullptr && access(named, W_OK | X_OK) == 0 ? named : "/tmp";
 }
 
 std::string ReadAll(int descriptor) {

@@ -50,6 +50,20 @@ void CheckWritable(const std::string& path) {
 
 }  // namespace
 
+std::vector<NamedPath> DataPaths(const std::string& data, const std::string& schema) {
+    return {{"the data file", data},
+            {"the dictionary of the data", schema.empty() ? data + ".schema.json" : schema}};
+}
+
+const NamedPath* FindPlace(const std::string& path, const std::vector<NamedPath>& paths) {
+    const NamedPath wanted{"", path};
+    for (const NamedPath& other : paths) {
+        const bool bothStandard = path == "-" && other.fPath == "-";
+        if (bothStandard || IsSamePlace(wanted, other)) return &other;
+    }
+    return nullptr;
+}
+
 void CheckOutputPaths(const std::vector<NamedPath>& outputs, const std::vector<NamedPath>& inputs) {
     for (std::size_t i = 0; i < outputs.size(); ++i) {
         const NamedPath& output = outputs[i];

@@ -13,6 +13,13 @@ struct NamedPath {
     std::string fPath;
 };
 
+/// The data file and its dictionary, which no output may replace.
+std::vector<NamedPath> DataPaths(const std::string& data, const std::string& schema);
+
+/// The first of them that is at the place of this path, "-" included; null when none is. A device
+/// or a pipe is at no place.
+const NamedPath* FindPlace(const std::string& path, const std::vector<NamedPath>& paths);
+
 /// Before work is spent on them: throws ProgramError when an output cannot be put in its place
 /// (kFileFault: no such directory, no permission, a directory there), or when it is the place of an
 /// input, of another output, or standard output is asked for twice (kWrongUse).

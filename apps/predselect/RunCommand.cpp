@@ -91,8 +91,13 @@ std::vector<embedded::CommandTokens> ReadCommands(const CommandSource& source) {
     return std::move(script.fvCommands);
 }
 
-void CheckOutputs(const ProgramOptions& options,
-                  const std::vector<embedded::CommandTokens>& commands) {
+std::vector<NamedPath> InputsOf(const ProgramOptions& options) {
+    std::vector<NamedPath> inputs = DataPaths(options.fDataPath, options.fOpen.fSchemaPath);
+    inputs.push_back({"the command file", options.fCommandFile});
+    return inputs;
+}
+
+std::vector<NamedPath> OutputsOf(const ProgramOptions& options) {
     const OutputOptions& output = options.fOutput;
     std::vector<NamedPath> outputs = SavedPaths(options);
     outputs.insert(outputs.end(), {{"--html", output.fHtml},
@@ -102,12 +107,13 @@ void CheckOutputs(const ProgramOptions& options,
                                    {"--pmml", output.fPmml},
                                    {"--state", output.fState},
                                    {"--state-xml", output.fStateXml}});
-    CheckOutputPaths(outputs,
-                     {{"the data file", options.fDataPath},
-                      {"the dictionary of the data", options.fOpen.fSchemaPath.empty()
-                                                         ? options.fDataPath + ".schema.json"
-                                                         : options.fOpen.fSchemaPath},
-                      {"the command file", options.fCommandFile}});
+    return outputs;
+}
+
+void CheckOutputs(const ProgramOptions& options,
+                  const std::vector<embedded::CommandTokens>& commands) {
+    const OutputOptions& output = options.fOutput;
+    CheckOutputPaths(OutputsOf(options), InputsOf(options));
     const bool wantsChart = !output.fChart.empty() || !output.fVega.empty();
     if (wantsChart && !AsksForChart(commands)) {
         throw ProgramError(kWrongUse,
@@ -117,7 +123,8 @@ void CheckOutputs(const ProgramOptions& options,
 }
 
 // An output on standard output takes the place of the text report.
-bool ShowsText(const OutputOptions& output) {
+bool ShowsText(const OutputOptions& output, bool modelOnStandardOutput) {
+    if (modelOnStandardOutput) return false;
     const std::array files{output.fHtml, output.fJson, output.fChart, output.fVega,
                            output.fSave, output.fPmml, output.fState, output.fStateXml};
     return !output.fbQuiet && std::find(files.begin(), files.end(), "-") == files.end();
@@ -207,7 +214,42 @@ void CheckState(const ProgramOptions& options, const embedded::DataSet& data) {
                        "--state-xml");
 }
 
-void WriteReport(const embedded::Report& report, const OutputOptions& output, OutputFiles& files) {
+// Places the model files that commands name, which only they know.
+class ModelPlaces {
+ public:
+    ModelPlaces(const ProgramOptions& options, OutputFiles& files)
+        : fOptions(options), fFiles(files) {}
+
+    // Throws what the host tells: why the path cannot be.
+    std::string Place(const std::string& path) {
+        // The one of bayes has been checked as --pmml.
+        if (fOptions.fVerb != Verb::Bayes) CheckPath(path);
+        fvPlaced.push_back({"the model of another command", path});
+        std::string temporary;
+        if (const int error = fFiles.TryPlace(path, temporary)) {
+            throw std::system_error(error, std::generic_category());
+        }
+        return temporary;
+    }
+    bool HasStandardOutput() const { return FindPlace("-", fvPlaced) != nullptr; }
+
+ private:
+    void CheckPath(const std::string& path) const {
+        if (path != "-") Refuse(FindPlace(path, InputsOf(fOptions)));
+        Refuse(FindPlace(path, OutputsOf(fOptions)));
+        Refuse(FindPlace(path, fvPlaced));
+    }
+    static void Refuse(const NamedPath* taken) {
+        if (taken != nullptr) throw std::runtime_error("it is the place of " + taken->fName);
+    }
+
+    const ProgramOptions& fOptions;
+    OutputFiles& fFiles;
+    std::vector<NamedPath> fvPlaced;
+};
+
+void WriteReport(const embedded::Report& report, const OutputOptions& output, bool showsText,
+                 OutputFiles& files) {
     if (!output.fHtml.empty()) files.Add(output.fHtml, embedded::HtmlRenderer::Render(report));
     if (!output.fJson.empty()) files.Add(output.fJson, embedded::JsonRenderer::Render(report));
     // A run that left no predictor draws none, and that is no failure.
@@ -217,10 +259,10 @@ void WriteReport(const embedded::Report& report, const OutputOptions& output, Ou
     };
     addCharts(&embedded::ReportChart::fSvg, output.fChart);
     addCharts(&embedded::ReportChart::fVegaLite, output.fVega);
-    if (ShowsText(output)) files.Add("-", TextReport(report, output, report.fvCommands.size() > 1));
+    if (showsText) files.Add("-", TextReport(report, output, report.fvCommands.size() > 1));
     files.Commit();
     // The text report shows them already.
-    if (!ShowsText(output)) TellWarnings(report);
+    if (!showsText) TellWarnings(report);
 }
 
 }  // namespace
@@ -264,23 +306,19 @@ ExitStatus RunCommand(const ProgramOptions& options) {
             taker.Take(engine, layout);
         };
     }
-    run.fPlaceModelFile = [&files](const std::string& path) {
-        std::string temporary;
-        if (const int error = files.TryPlace(path, temporary)) {
-            throw std::system_error(error, std::generic_category());
-        }
-        return temporary;
-    };
+    ModelPlaces models(options, files);
+    run.fPlaceModelFile = [&models](const std::string& path) { return models.Place(path); };
     embedded::Report report;
     report.fVersion = PREDSELECT_VERSION;
     report.fvCommands = embedded::RunCommands(*data, commands, &PREDSELE, run);
     progress.reset();
     TellNotes(*data);
 
+    const bool showsText = ShowsText(options.fOutput, models.HasStandardOutput());
     if (report.fvCommands.back().fStatus == embedded::CommandStatus::Ok) {
         taker.AddTo(files);
         SaveData(*data, options, files);
-        WriteReport(report, options.fOutput, files);
+        WriteReport(report, options.fOutput, showsText, files);
         return kDone;
     }
     const ExitStatus status = TellFailure(report.fvCommands.back());
@@ -290,7 +328,7 @@ ExitStatus RunCommand(const ProgramOptions& options) {
     failed.fvMessages.clear();
     if (failed.fvItems.empty()) report.fvCommands.pop_back();
     // What earlier commands found is shown too, but a failed run leaves no file.
-    if (status != kInterrupted && ShowsText(options.fOutput) && !report.fvCommands.empty()) {
+    if (status != kInterrupted && showsText && !report.fvCommands.empty()) {
         WriteStandardOutput(TextReport(report, options.fOutput, commands.size() > 1));
     }
     return status;

@@ -1,5 +1,10 @@
 #include "apps/predselect/SaveData.h"
 
+#include <fstream>
+
+#include "apps/predselect/ProgramError.h"
+#include "apps/predselect/Terminal.h"
+#include "embedded/data/DataError.h"
 #include "embedded/data/Describe.h"
 #include "embedded/data/SaveDataSet.h"
 
@@ -32,7 +37,14 @@ std::vector<NamedPath> SavedPaths(const ProgramOptions& options) {
 void SaveData(const embedded::DataSet& data, const ProgramOptions& options, OutputFiles& files) {
     const std::string& path = options.fOutput.fSave;
     if (path.empty()) return;
-    embedded::SaveDataSet(data, FormatOf(path), files.Place(path));
+    std::ofstream file(files.Place(path), std::ios::binary);
+    try {
+        embedded::SaveDataSet(data, FormatOf(path), file,
+                              path == "-" ? "standard output" : OneLine(path));
+    } catch (const embedded::DataError& error) {
+        throw ProgramError(kFileFault,
+                           std::string(error.what()) + "; free some space or choose another path");
+    }
     const std::string dictionary = DictionaryPath(options);
     if (!dictionary.empty()) files.Add(dictionary, embedded::SchemaOf(data));
 }

@@ -1,10 +1,12 @@
 #include "apps/predselect/SavedModel.h"
 
+#include <algorithm>
 #include <iostream>
 #include <sstream>
 #include <utility>
 
 #include "apps/predselect/ProgramError.h"
+#include "apps/predselect/Terminal.h"
 #include "naivebayes/data/NBCatNumEncoder.h"
 #include "naivebayes/data/NBStringEncoder.h"
 #include "naivebayes/data/NBVarList.h"
@@ -38,6 +40,8 @@ std::unique_ptr<INBAlgorithm> Restore(const StateFile& state) {
 
 // The layout and the engine were saved together, so that they can only differ in a forged file.
 bool Fits(const embedded::RecordLayout& layout, const NBVarList& list) {
+    // A classifier with a weight cannot be restored, so there is none.
+    if (layout.fWeightColumn >= 0) return false;
     if (static_cast<std::int32_t>(layout.fvColumns.size()) != list.GetNumVariables()) return false;
     for (std::int32_t i = 0; i < list.GetNumVariables(); ++i) {
         const auto& column = layout.fvColumns[static_cast<std::size_t>(i)];
@@ -67,17 +71,17 @@ std::vector<KoltObs> ValuesOf(const INBEncoder& encoder) {
 
 }  // namespace
 
-SavedModel::SavedModel(const std::string& path) : fPath(path) {
+SavedModel::SavedModel(const std::string& path) : fName(StateName(path)) {
     StateFile state = ReadState(path);
     if (state.fCommand != "NAIVEBAYES") {
-        throw ProgramError(kFileFault, path + " holds the state of a " + state.fCommand +
+        throw ProgramError(kFileFault, fName + " holds the state of a " + state.fCommand +
                                            " run, which classifies nothing; give a state that "
                                            "predselect bayes wrote");
     }
     fLayout = std::move(state.fLayout);
     fpEngine = Restore(state);
     if (fpEngine == nullptr || !Fits(fLayout, fpEngine->GetVarList())) {
-        throw ProgramError(kFileFault, "the state " + path +
+        throw ProgramError(kFileFault, "the state " + fName +
                                            " is damaged: it holds no classifier; write it "
                                            "again");
     }
@@ -85,7 +89,7 @@ SavedModel::SavedModel(const std::string& path) : fPath(path) {
         if (fpEngine->GetVarList().GetRole(i) == kTarget) fTarget = i;
     }
     if (fTarget < 0 || !Target().fbCategorical) {
-        throw ProgramError(kFileFault, "the state " + path +
+        throw ProgramError(kFileFault, "the state " + fName +
                                            " is damaged: it has no target; write "
                                            "it again");
     }
@@ -105,14 +109,20 @@ void SavedModel::RefreshValues() {
         const INBEncoder* encoder = fpEngine->GetVarList().GetEncoder(static_cast<std::int32_t>(i));
         if (!column.fbCategorical || encoder == nullptr) continue;
         std::vector<KoltObs> values = ValuesOf(*encoder);
-        if (values.size() > column.fvValues.size()) column.fvValues = std::move(values);
+        if (values.size() <= column.fvValues.size()) continue;
+        column.fvValues = std::move(values);
+        for (const KoltObs& value : column.fvValues) {
+            const std::string* text = std::get_if<std::string>(&value);
+            if (text == nullptr) continue;
+            column.fType = std::max(column.fType, static_cast<std::int32_t>(text->size()));
+        }
     }
 }
 
 std::string ReasonOf(const NBStatus& status, const SavedModel& model) {
     const auto variable = [&](std::int32_t index) {
         const INBVariable* found = model.Engine().GetVarList().GetVariable(index);
-        return found != nullptr ? found->GetName() : std::string();
+        return found != nullptr ? OneLine(found->GetName()) : std::string();
     };
     switch (status.GetCode()) {
         case 0:

@@ -16,7 +16,8 @@ class SavedModel {
     /// Throws ProgramError (kFileFault) that names the file when it holds no classifier.
     explicit SavedModel(const std::string& path);
 
-    const std::string& Path() const { return fPath; }
+    /// What messages call the file.
+    const std::string& Name() const { return fName; }
     INBAlgorithm& Engine() const { return *fpEngine; }
     const embedded::RecordLayout& Layout() const { return fLayout; }
     const embedded::RecordLayoutColumn& Target() const;
@@ -24,11 +25,12 @@ class SavedModel {
     /// True when the model reads this column to score.
     bool IsInput(std::int32_t column) const;
 
-    /// Takes over the values that the engine knows by now: a merge may have brought new ones.
+    /// Takes over the values that the engine knows by now: a merge may have brought new ones, and
+    /// longer ones.
     void RefreshValues();
 
  private:
-    std::string fPath;
+    std::string fName;
     embedded::RecordLayout fLayout;
     std::unique_ptr<INBAlgorithm> fpEngine;
     std::int32_t fTarget = -1;

@@ -19,6 +19,7 @@
 #include "embedded/command/NewNames.h"
 #include "embedded/data/NewColumns.h"
 #include "embedded/data/OpenDataSet.h"
+#include "embedded/output/CompositeText.h"
 #include "embedded/strings/StringTable.h"
 #include "host/HostGlobals.h"
 #include "host/Progress.h"
@@ -29,8 +30,10 @@ namespace app {
 namespace {
 
 void CheckPaths(const ProgramOptions& options) {
-    CheckOutputPaths(SavedPaths(options),
-                     {{"the data file", options.fDataPath}, {"the model", options.fModel.fState}});
+    std::vector<NamedPath> inputs = DataPaths(options.fDataPath, options.fOpen.fSchemaPath);
+    inputs.push_back({"the model", options.fModel.fState});
+    CheckOutputPaths(SavedPaths(options), inputs);
+    CheckStandardInput({options.fModel.fState, options.fDataPath});
     if (options.fOutput.fSave.empty() && options.fOutput.fbQuiet) {
         throw ProgramError(kWrongUse, "nothing would be written; leave out --quiet or give --save");
     }
@@ -44,14 +47,15 @@ class Predictions {
         const std::int32_t classes = model.Engine().GetNumTargetCategories();
         const std::int32_t count = std::min(classes, options.fMaxProbabilities);
         fColumns.SetSlots(UINT32_MAX);
-        const auto isTaken = [&data](const std::string& name) {
+        std::string predicted;
+        const auto isTaken = [&](const std::string& name) {
             for (std::int32_t i = 0; i < data.ColumnCount(); ++i) {
                 if (AreStringsEqualCase(data.Variable(i).GetName(), name)) return true;
             }
-            return false;
+            return AreStringsEqualCase(predicted, name);
         };
-        AddPredicted(data,
-                     embedded::FreeName(NameOr(options.fPredicted, "PredictedValue"), isTaken));
+        predicted = embedded::FreeName(NameOr(options.fPredicted, "PredictedValue"), isTaken);
+        AddPredicted(data, predicted);
         AddProbabilities(embedded::FreeNames(NameOr(options.fProbabilities, "PredictedProbability"),
                                              count, isTaken));
     }
@@ -76,7 +80,8 @@ class Predictions {
         // Shown as the target is, where the data have it.
         const std::int32_t target = data.FindVariable(fTarget.fName);
         if (target >= 0 && data.Variable(target).GetType() == fTarget.fType) {
-            variable.SetFormat(data.Variable(target).GetFormat());
+            fFormat = data.Variable(target).GetFormat();
+            variable.SetFormat(fFormat);
             variable.SetWriteFormat(data.Variable(target).GetWriteFormat());
             variable.SetAlignment(data.Variable(target).GetAlignment());
         }
@@ -92,9 +97,18 @@ class Predictions {
             variable.SetFormat(kFormatNumber, 5, 3);
             variable.SetWriteFormat(kFormatNumber, 5, 3);
             variable.SetMeasurementLevel(kLevelScale);
+            variable.SetLabel(LabelOf(fTarget.fvValues, fvProbabilities.size()));
             variable.SetName(name);
             fvProbabilities.push_back(column);
         }
+    }
+
+    // As a run that saves probabilities labels them; a category without a value has no label.
+    std::string LabelOf(const std::vector<KoltObs>& values, std::size_t category) const {
+        if (category >= values.size()) return {};
+        return embedded::CompositeText(
+            embedded::TextOf("Predicted Probability for ^1 with value ^2..."),
+            {fTarget.fName, ConvertObsToString(values[category], fFormat, true)});
     }
 
     void SetPredicted(std::int64_t row, const KoltObs& value) {
@@ -107,6 +121,7 @@ class Predictions {
 
     embedded::NewColumns fColumns;
     const embedded::RecordLayoutColumn& fTarget;
+    KoltFormat fFormat;  // of the target's values
     std::int32_t fPredicted = -1;
     std::vector<std::int32_t> fvProbabilities;
 };
@@ -121,9 +136,10 @@ std::string Percent(double share, double whole) {
 }
 
 // What was done, and how good it was where the data say what is true.
-std::string Summary(const ProgramOptions& options, const SavedModel& model, const Counts& counts) {
-    std::string text = fmt::format("Scored {} cases of {} for {}.\n", counts.fCases,
-                                   options.fDataPath, model.Target().fName);
+std::string Summary(const embedded::DataSet& data, const SavedModel& model, const Counts& counts) {
+    const std::string target = OneLine(model.Target().fName);
+    std::string text = fmt::format("Scored {} of {} for {}.\n", CasesText(counts.fCases),
+                                   OneLine(data.SourceName()), target);
     if (counts.fByPriors > 0) {
         text += fmt::format(
             "{} of them have no valid predictor and got the share of each category in "
@@ -138,7 +154,7 @@ std::string Summary(const ProgramOptions& options, const SavedModel& model, cons
             correct += statistics->GetCell(k, k);
         }
         text += fmt::format("Correct: {:.0f} of {:.0f} cases in which {} is known ({}).\n", correct,
-                            total, model.Target().fName, Percent(correct, total));
+                            total, target, Percent(correct, total));
     }
     return text;
 }
@@ -158,8 +174,7 @@ ExitStatus ScoreCommand(const ProgramOptions& options) {
     for (std::int32_t i = 0; i < static_cast<std::int32_t>(model.Layout().fvColumns.size()); ++i) {
         if (!model.IsInput(i)) reading.fvMayLack.push_back(i);
     }
-    embedded::LayoutRecords records =
-        ReadByLayout(data, model.Layout(), reading, options.fDataPath);
+    embedded::LayoutRecords records = ReadByLayout(data, model.Layout(), reading);
     const bool knowsTarget = data.FindVariable(model.Target().fName) >= 0;
     MCStopProcessor stop(0.0);
     Predictions predictions(data, model, options.fModel);
@@ -171,7 +186,7 @@ ExitStatus ScoreCommand(const ProgramOptions& options) {
         const NBStatus status = knowsTarget ? model.Engine().TallyRecord(record, output, false)
                                             : model.Engine().ScoreRecord(record, output);
         if (status.IsError()) {
-            throw ProgramError(kCommandFailed, "cannot score " + options.fDataPath + ": " +
+            throw ProgramError(kCommandFailed, "cannot score " + OneLine(data.SourceName()) + ": " +
                                                    ReasonOf(status, model));
         }
         ++counts.fCases;
@@ -185,7 +200,7 @@ ExitStatus ScoreCommand(const ProgramOptions& options) {
     OutputFiles files;
     SaveData(data, options, files);
     if (!options.fOutput.fbQuiet && options.fOutput.fSave != "-") {
-        files.Add("-", Summary(options, model, counts));
+        files.Add("-", Summary(data, model, counts));
     }
     files.Commit();
     return kDone;

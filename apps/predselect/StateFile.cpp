@@ -4,12 +4,17 @@
 #include <cstdint>
 #include <cstring>
 #include <fstream>
+#include <iostream>
+#include <limits>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <sstream>
+#include <stdexcept>
 #include <string_view>
 #include <utility>
 
 #include "apps/predselect/ProgramError.h"
+#include "apps/predselect/Terminal.h"
 #include "embedded/output/Sha256.h"
 #include "host/EngineState.h"
 
@@ -67,10 +72,23 @@ Json ToJson(const std::vector<KoltObs>& values) {
     return list;
 }
 
-std::vector<KoltObs> ObsListFrom(const Json& json) {
+// Values of one type: numbers, or else texts.
+std::vector<KoltObs> ObsListFrom(const Json& json, bool isNumeric) {
     std::vector<KoltObs> values;
-    for (const Json& value : json) values.push_back(ObsFrom(value));
+    for (const Json& value : json) {
+        values.push_back(ObsFrom(value));
+        if (std::holds_alternative<double>(values.back()) != isNumeric) {
+            throw std::invalid_argument("a value of another type");
+        }
+    }
     return values;
+}
+
+std::int32_t IntegerFrom(const Json& json, std::int64_t low, std::int64_t high) {
+    if (!json.is_number_integer()) throw std::invalid_argument("no whole number");
+    const auto value = json.get<std::int64_t>();
+    if (value < low || value > high) throw std::out_of_range("a number out of its range");
+    return static_cast<std::int32_t>(value);
 }
 
 Json ToJson(const embedded::RecordLayoutColumn& column) {
@@ -91,16 +109,25 @@ embedded::RecordLayoutColumn ColumnFrom(const Json& json) {
     embedded::RecordLayoutColumn column;
     column.fName = json.at("name").get<std::string>();
     column.fKind = KindOf(json.at("kind").get<std::string>());
-    column.fType = json.at("type").get<std::int32_t>();
+    column.fType = IntegerFrom(json.at("type"), 0, std::numeric_limits<std::int32_t>::max());
+    const bool isNumeric = column.fKind != ColumnKind::kString;
+    if ((column.fType == 0) != isNumeric) throw std::invalid_argument("a type of another kind");
     column.fbCategorical = json.at("categorical").get<bool>();
-    if (column.fbCategorical) column.fvValues = ObsListFrom(json.at("values"));
+    if (column.fbCategorical) {
+        column.fvValues = ObsListFrom(json.at("values"), isNumeric);
+        const std::set<KoltObs> distinct(column.fvValues.begin(), column.fvValues.end());
+        if (distinct.size() != column.fvValues.size()) {
+            throw std::invalid_argument("a value with two codes");
+        }
+    }
     if (json.contains("missingRange")) {
+        if (!isNumeric) throw std::invalid_argument("a range of texts");
         column.fMissing.fbRange = true;
         column.fMissing.fLow = json.at("missingRange").at(0).get<double>();
         column.fMissing.fHigh = json.at("missingRange").at(1).get<double>();
     }
     if (json.contains("missingValues")) {
-        column.fMissing.fvDiscrete = ObsListFrom(json.at("missingValues"));
+        column.fMissing.fvDiscrete = ObsListFrom(json.at("missingValues"), isNumeric);
     }
     return column;
 }
@@ -118,15 +145,21 @@ Json HeaderOf(const StateFile& state) {
 
 void ReadHeader(const Json& header, StateFile& state) {
     state.fCommand = header.at("command").get<std::string>();
+    if (state.fCommand != "SELECTPRED" && state.fCommand != "NAIVEBAYES") {
+        throw std::invalid_argument("a command that keeps no state");
+    }
     state.fLayout.fbUserMissExclude = header.at("userMissing").get<std::string>() == "exclude";
-    const Json& weight = header.at("weightColumn");
-    state.fLayout.fWeightColumn = weight.is_null() ? -1 : weight.get<std::int32_t>();
     for (const Json& column : header.at("columns")) {
         state.fLayout.fvColumns.push_back(ColumnFrom(column));
     }
+    const Json& weight = header.at("weightColumn");
+    if (weight.is_null()) return;
+    const auto columns = static_cast<std::int64_t>(state.fLayout.fvColumns.size());
+    state.fLayout.fWeightColumn = IntegerFrom(weight, 0, columns - 1);
 }
 
 std::string ReadWhole(const std::string& path) {
+    if (path == "-") return {std::istreambuf_iterator<char>(std::cin), {}};
     errno = 0;
     std::ifstream file(path, std::ios::binary);
     std::ostringstream content;
@@ -141,15 +174,15 @@ std::string ReadWhole(const std::string& path) {
     return std::move(content).str();
 }
 
-[[noreturn]] void NoStateFile(const std::string& path) {
-    throw ProgramError(kFileFault, path +
+[[noreturn]] void NoStateFile(const std::string& name) {
+    throw ProgramError(kFileFault, name +
                                        " is no state file; give one that --state of bayes, update "
                                        "or merge has written");
 }
 
-[[noreturn]] void Damaged(const std::string& path) {
+[[noreturn]] void Damaged(const std::string& name) {
     throw ProgramError(kFileFault,
-                       "the state " + path + " is damaged or cut short; write it again");
+                       "the state " + name + " is damaged or cut short; write it again");
 }
 
 template <bool (SavableEngine::*save)(std::ostream&) const>
@@ -185,15 +218,20 @@ std::string WrittenState(const StateFile& state) {
     return content + embedded::Sha256Base64(content);
 }
 
+std::string StateName(const std::string& path) {
+    return path == "-" ? "standard input" : OneLine(path);
+}
+
 StateFile ReadState(const std::string& path) {
     const std::string content = ReadWhole(path);
-    if (content.compare(0, kMagic.size(), kMagic) != 0) NoStateFile(path);
-    if (content.size() < kFrameSize + kChecksumSize) Damaged(path);
+    const std::string name = StateName(path);
+    if (content.compare(0, kMagic.size(), kMagic) != 0) NoStateFile(name);
+    if (content.size() < kFrameSize + kChecksumSize) Damaged(name);
     Frame frame;
     std::memcpy(&frame, content.data() + kMagic.size(), sizeof frame);
     if (frame.fVersion != kVersion) {
         throw ProgramError(
-            kFileFault, "the state " + path + " is of version " + std::to_string(frame.fVersion) +
+            kFileFault, "the state " + name + " is of version " + std::to_string(frame.fVersion) +
                             ", and this program reads version " + std::to_string(kVersion) +
                             "; write it again with this program");
     }
@@ -204,7 +242,7 @@ StateFile ReadState(const std::string& path) {
             static_cast<std::int64_t>(left - static_cast<std::size_t>(frame.fHeaderSize)) ||
         embedded::Sha256Base64(whole.substr(0, whole.size() - kChecksumSize)) !=
             whole.substr(whole.size() - kChecksumSize)) {
-        Damaged(path);
+        Damaged(name);
     }
     StateFile state;
     try {
@@ -212,7 +250,7 @@ StateFile ReadState(const std::string& path) {
         ReadHeader(Json::parse(content.substr(kFrameSize, headerSize)), state);
         state.fState = content.substr(kFrameSize + headerSize, left - headerSize);
     } catch (const std::exception&) {  // the checksum is right, so it was written so
-        Damaged(path);
+        Damaged(name);
     }
     return state;
 }

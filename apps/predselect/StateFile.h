@@ -25,9 +25,13 @@ std::string TakeStateAsXML(const SavableEngine& engine);
 /// The file's content.
 std::string WrittenState(const StateFile& state);
 
-/// Reads a file whose checksum is right. Throws ProgramError (kFileFault) that names the file: it
-/// cannot be read, is no state file, is of another version, or damaged. The engine's bytes may
-/// still be anything: whoever restores from them checks.
+/// What messages call the file of that path; "-" is standard input.
+std::string StateName(const std::string& path);
+
+/// Reads a file whose checksum is right and whose header does not contradict itself; "-" is
+/// standard input. Throws ProgramError (kFileFault) that names the file: it cannot be read, is no
+/// state file, is of another version, or damaged. The engine's bytes may still be anything: whoever
+/// restores from them checks.
 StateFile ReadState(const std::string& path);
 
 }  // namespace app

@@ -3,9 +3,12 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cstdlib>
 #include <cstring>
+
+#include "embedded/output/ShowableText.h"
 
 namespace app {
 namespace {
@@ -48,6 +51,12 @@ bool UseColor(ColorMode mode) {
     if (mode != ColorMode::Auto) return mode == ColorMode::Always;
     const char* noColor = std::getenv("NO_COLOR");
     return IsCapable(STDOUT_FILENO) && (!noColor || *noColor == '\0');
+}
+
+std::string OneLine(std::string_view text) {
+    std::string line = embedded::ShowableText(text);
+    std::replace(line.begin(), line.end(), '\n', ' ');
+    return line;
 }
 
 bool ProgressIsSeen() { return IsCapable(STDERR_FILENO); }

@@ -2,6 +2,8 @@
 #define PREDSEL_APPS_TERMINAL_H
 
 #include <cstdint>
+#include <string>
+#include <string_view>
 
 #include "apps/predselect/Options.h"
 
@@ -16,6 +18,10 @@ std::int32_t ErrorTerminalWidth();
 /// Whether text on standard output is coloured: as asked; Auto colours a terminal that is not
 /// "dumb", unless the environment holds NO_COLOR.
 bool UseColor(ColorMode mode);
+
+/// A name or a text of the data as part of a message of one line: line breaks as blanks, other
+/// control characters replaced.
+std::string OneLine(std::string_view text);
 
 /// Whether standard error is a terminal on which a line can be rewritten.
 bool ProgressIsSeen();
