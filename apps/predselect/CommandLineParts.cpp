@@ -108,11 +108,9 @@ void AddVariableOptions(CLI::App& command, VariableOptions& variables) {
 }
 
 CLI::Option* AddDataOption(CLI::App& command, ProgramOptions& options) {
-    return command
-        .add_option("-d,--data", options.fDataPath,
-                    "CSV, TSV, Parquet, Arrow IPC file or stream; - is standard input")
-        ->type_name("FILE")
-        ->group(kDataGroup);
+    return AddText(command, "-d,--data", options.fDataPath,
+                   "CSV, TSV, Parquet, Arrow IPC file or stream; - is standard input", "FILE",
+                   kDataGroup);
 }
 
 void AddReadingOptions(CLI::App& command, ProgramOptions& options) {

@@ -85,6 +85,7 @@ def fails(status, words, *arguments, folder):
     for word in words:
         assert word in lines[0], lines
     assert files_in(folder) == before
+    return lines[0]
 
 
 def test_data_lack_a_variable(model, tmp_path):
@@ -216,3 +217,74 @@ def test_pmml_of_a_merged_model(tmp_path):
     one, two, whole = halves(tmp_path)
     done("merge", one, two, "--state", tmp_path / "m.state", "--pmml", tmp_path / "m.pmml")
     assert "NaiveBayesModel" in (tmp_path / "m.pmml").read_text()
+
+
+def test_a_state_comes_from_standard_input(model, tmp_path):
+    with open(model / "m.state", "rb") as state:
+        result = program("score", "--model", "-", "--data", PENGUINS, "--save", tmp_path / "s.csv", stdin=state)
+    assert result.returncode == DONE, result.stderr
+    assert (tmp_path / "s.csv").read_bytes() == (model / "scored.csv").read_bytes()
+
+
+@pytest.mark.parametrize("arguments", [
+    ("score", "--model", "-", "--data", "-", "--save", "s.csv"),
+    ("update", "--model", "-", "--data", "-", "--state", "s.state"),
+    ("merge", "-", "-", "--state", "s.state"),
+], ids=lambda arguments: arguments[0])
+def test_standard_input_gives_one_input(tmp_path, arguments):
+    fails(WRONG_USE, ["standard input", "two"], *arguments[:-1], tmp_path / arguments[-1], folder=tmp_path)
+
+
+@pytest.mark.parametrize("option", ["--model", "--data", "--save"])
+def test_an_empty_path_is_no_path(model, tmp_path, option):
+    given = {"--model": model / "m.state", "--data": PENGUINS, "--save": tmp_path / "s.csv", option: ""}
+    arguments = [word for pair in given.items() for word in pair]
+    fails(WRONG_USE, [option, "empty"], "score", *arguments, folder=tmp_path)
+
+
+@pytest.mark.parametrize("output", ["--state-xml", "--pmml"])
+def test_another_form_does_not_replace_the_state_it_comes_from(tmp_path, output):
+    first = halves(tmp_path)[0]
+    before = first.read_bytes()
+    fails(WRONG_USE, [output, "a model"], "merge", first, first, "--state", tmp_path / "n.state", output, first,
+          folder=tmp_path)
+    assert first.read_bytes() == before
+
+
+def test_the_dictionary_of_the_data_is_no_output(model, tmp_path):
+    (tmp_path / "new.csv").write_text(PENGUINS.read_text())
+    (tmp_path / "new.csv.schema.json").write_text('{"fields": []}')
+    fails(WRONG_USE, ["dictionary"], "score", "--model", model / "m.state", "--data", tmp_path / "new.csv",
+          "--save", tmp_path / "new.csv.schema.json", folder=tmp_path)
+    assert (tmp_path / "new.csv.schema.json").read_text() == '{"fields": []}'
+
+
+def test_a_model_with_other_predictors_names_the_first_that_differs(model, tmp_path):
+    done("bayes", "--data", PENGUINS, "--target", "species", "--no-selection", "--state", tmp_path / "all.state",
+         "--quiet")
+    done("bayes", "--data", PENGUINS, "--target", "species", "--exact-size", "2", "--state",
+         tmp_path / "two.state", "--quiet")
+    line = fails(COMMAND_FAILED, ["--no-selection", "predictor"], "merge", tmp_path / "all.state",
+                 tmp_path / "two.state", "--state", tmp_path / "n.state", folder=tmp_path)
+    assert sum(f" {name} " in line for name in COLUMNS) == 1
+
+
+def test_an_unused_variable_of_another_type_is_not_asked_for(model, tmp_path):
+    """The classifier reads its predictors alone; the target's place may hold anything."""
+    rows = [{**row, "species": str(i)} for i, row in enumerate(read(PENGUINS))]
+    write(tmp_path / "new.csv", rows)
+    done("score", "--model", model / "m.state", "--data", tmp_path / "new.csv", "--save", tmp_path / "s.csv")
+    for row, scored in zip(read(tmp_path / "s.csv"), read(model / "scored.csv"), strict=True):
+        assert row["PredictedValue"] == scored["PredictedValue"]
+
+
+def test_a_line_break_in_a_name_stays_within_the_line(tmp_path):
+    rows = [{"y": "ab"[i % 2], "two\nlines": "cd"[i // 7 % 2], "z": "ef"[i % 3 % 2]} for i in range(60)]
+    write(tmp_path / "t.csv", rows)
+    done("bayes", "--data", tmp_path / "t.csv", "--target", "y", "--no-selection", "--state",
+         tmp_path / "s.state", "--quiet")
+    for row in rows:
+        row["two\nlines"] = "new"
+    write(tmp_path / "n.csv", rows)
+    result = done("score", "--model", tmp_path / "s.state", "--data", tmp_path / "n.csv")
+    assert [line for line in result.stderr.splitlines() if "two lines" in line] == result.stderr.splitlines() != []
