@@ -25,6 +25,11 @@ struct OpenOptions {
     TextEncoding fEncoding = TextEncoding::kDetect;  // kLatin1 is read as Windows-1252
     /// Bytes of text handed to the parser at a time. No result depends on it.
     std::int32_t fBlockBytes = 1 << 20;
+    /// Threads to read with; 0: one a processor. No result depends on it.
+    std::int32_t fThreads = 0;
+    /// Bytes that the columns may take in memory; what is beyond goes to a temporary file. 0: half
+    /// of what the machine has.
+    std::int64_t fMemory = 0;
 
     /// See DataSet::NominalMax.
     std::int32_t fNominalMax = 20;
