@@ -1,12 +1,13 @@
 #include "featureselect/FSMapIPCnt.h"
 
 #include "featureselect/FSArchives.h"
+#include "featureselect/FSCount.h"
 #include "featureselect/FSDisplay.h"
 
 bool FSMapIPCnt::Add(std::int32_t key, double weight) {
     const auto [entry, existed] = FindOrInsert({key, 1, weight});
     if (existed) {
-        ++entry.fCount;
+        FSCountOne(entry.fCount);
         entry.fWeight += weight;
     }
     return existed;

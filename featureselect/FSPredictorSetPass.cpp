@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "featureselect/FSAccumKind.h"
+#include "featureselect/FSCount.h"
 #include "featureselect/FSPredictorSet.h"
 #include "featureselect/FSRunningStep.h"
 #include "featureselect/FSSettings.h"
@@ -275,13 +276,13 @@ bool FSPredictorSet::FeedPredictors(const MCCommon::Record& record,
 
 void FSPredictorSet::CountValid(double target, double weight) {
     fWeightedValid += weight;
-    ++fUnweightedValid;
+    FSCountOne(fUnweightedValid);
     if (fpTargetAccum) fpTargetAccum->Add(FSTruncate(target), weight);
 }
 
 void FSPredictorSet::CountExcluded(double weight) {
     fWeightedExcluded += weight;
-    ++fUnweightedExcluded;
+    FSCountOne(fUnweightedExcluded);
 }
 
 FSStatus FSPredictorSet::PassResult(std::int16_t severity) const {

@@ -59,8 +59,8 @@ class INBAlgorithm {
                                  std::int32_t numRecords) = 0;
 
     /// Classifies records and compares with what was observed; only complete records count.
-    /// numRecords limits the records used; negative: all. 6 not built, 70007 numRecords 0, 70011 no
-    /// record, 70012 as in ScoreInputRecord.
+    /// numRecords limits the records used; negative: all. 3 no memory for the table, 6 not built,
+    /// 70007 numRecords 0, 70011 no record, 70012 as in ScoreInputRecord.
     virtual NBStatus ClassifyRecords(MCCommon::RecordIterator& records,
                                      NBOutputStatistics& tableOut, std::int32_t numRecords) = 0;
     /// Scores a record of GetNumInputVars() inputs. 6 not built; 70012 another length, arguments 0
@@ -71,7 +71,8 @@ class INBAlgorithm {
     /// was valid, the result is the priors.
     virtual NBStatus ScoreRecord(const MCCommon::Record& record, NBOutput& output) = 0;
     /// Scores an original record and, after success, counts it in the training or the test
-    /// statistics if its target and its weight are valid.
+    /// statistics if its target and its weight are valid. 3 no memory for the statistics; the
+    /// record is scored all the same.
     virtual NBStatus TallyRecord(const MCCommon::Record& record, NBOutput& output,
                                  bool isTraining) = 0;
     /// Null before a tally, here and in the next. Borrowed from the engine.

@@ -2,6 +2,10 @@
 
 #include <cstddef>
 #include <limits>
+#include <memory>
+#include <new>
+#include <stdexcept>
+#include <utility>
 
 #include "naivebayes/NBAlgorithm.h"
 #include "naivebayes/data/NBRoundEncoder.h"
@@ -15,6 +19,18 @@ std::int32_t Rounded(double code) {
 }
 
 NBStatus Error(std::uint32_t code) { return NBStatus(code, false); }
+
+/// False, and the table as it was, when memory does not suffice: a table grows with the square of
+/// the categories, far above the model itself.
+bool TryReset(NBOutputStatistics& table, std::int32_t categories) {
+    try {
+        table.Reset(categories);
+        return true;
+    } catch (const std::bad_alloc&) {
+    } catch (const std::length_error&) {
+    }
+    return false;
+}
 
 }  // namespace
 
@@ -114,7 +130,11 @@ NBStatus NBAlgorithm::TallyRecord(const MCCommon::Record& record, NBOutput& outp
     const std::int32_t categories = fOutput.GetNumCategories();
     if (!(observed >= -0.5 && observed + 0.5 < categories)) return scored;
     auto& statistics = isTraining ? fpTrainStatistics : fpTestStatistics;
-    if (statistics == nullptr) statistics = std::make_unique<NBOutputStatistics>(categories);
+    if (statistics == nullptr) {
+        auto table = std::make_unique<NBOutputStatistics>();
+        if (!TryReset(*table, categories)) return Error(NBCode::kNoMemory);
+        statistics = std::move(table);
+    }
     statistics->Add(Rounded(observed), output.GetWinner(), weight);
     return scored;
 }
@@ -128,7 +148,7 @@ NBStatus NBAlgorithm::ClassifyRecords(MCCommon::RecordIterator& records,
     if (fInterrupt.IsStopped()) return Error(NBCode::kInterrupted);
     if (numRecords < 0) numRecords = std::numeric_limits<std::int32_t>::max();
     const std::int32_t categories = fOutput.GetNumCategories();
-    tableOut.Reset(categories);
+    if (!TryReset(tableOut, categories)) return Error(NBCode::kNoMemory);
     SizeScratch();
     double usedWeight = 0.0;
     double wrongWeight = 0.0;

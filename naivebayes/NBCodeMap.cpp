@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <map>
 #include <numeric>
 #include <string>
+#include <type_traits>
 
 #include "naivebayes/data/INBEncoder.h"
 #include "naivebayes/data/NBCatNumEncoder.h"
@@ -17,9 +19,16 @@ std::vector<std::int32_t> MapByValue(Encoder& thisEncoder, const INBEncoder* oth
     std::vector<std::int32_t> codes(static_cast<std::size_t>(numCodes), -1);
     const auto* const other = dynamic_cast<const Encoder*>(otherEncoder);
     if (other == nullptr) return codes;
+    // Where user-missing values count they are categories, but to encode they are missing.
+    std::map<std::decay_t<decltype(other->Decode(0))>, std::int32_t> known;
+    for (std::int32_t i = 0; i < thisEncoder.GetNumCodes(); ++i) {
+        known.emplace(thisEncoder.Decode(i), i);
+    }
     for (std::int32_t i = 0; i < numCodes; ++i) {
+        const auto at = known.find(other->Decode(i));
         codes[static_cast<std::size_t>(i)] =
-            static_cast<std::int32_t>(thisEncoder.Encode(other->Decode(i)));
+            at == known.end() ? static_cast<std::int32_t>(thisEncoder.Encode(other->Decode(i)))
+                              : at->second;
     }
     return codes;
 }

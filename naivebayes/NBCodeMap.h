@@ -11,9 +11,9 @@ class INBEncoder;
 namespace NBCodeMap {
 
 /// This side's code for each code of the other side, by the value that it stands for; this side
-/// learns values that it lacks. -1: there is none, because this side takes the value for missing
-/// or the sides are of different kinds. Bins, and codes without encoders, mean the same on both
-/// sides. otherRows: the other side's categories where it has no encoder.
+/// learns values that it lacks. -1: there is none, because this side lacks the value and takes it
+/// for missing, or the sides are of different kinds. Bins, and codes without encoders, mean the
+/// same on both sides. otherRows: the other side's categories where it has no encoder.
 std::vector<std::int32_t> Make(INBEncoder* thisEncoder, const INBEncoder* otherEncoder,
                                std::int32_t otherRows);
 

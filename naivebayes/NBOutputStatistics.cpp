@@ -13,11 +13,11 @@ std::size_t Index(std::int32_t i) { return static_cast<std::size_t>(i); }
 }  // namespace
 
 void NBOutputStatistics::Reset(std::int32_t numCategories) {
+    const std::size_t size = Index(std::max(numCategories, 0));
+    fMatrix.assign(size * size, 0.0);
     fNumCategories = numCategories;
     fTotalWeight = 0.0;
     fErrorPercent = 0.0;
-    const std::size_t size = Index(std::max(numCategories, 0));
-    fMatrix.assign(size * size, 0.0);
 }
 
 void NBOutputStatistics::Extend(std::int32_t numCategories) {

@@ -12,7 +12,8 @@ class NBOutputStatistics {
     NBOutputStatistics() = default;
     explicit NBOutputStatistics(std::int32_t numCategories) { Reset(numCategories); }
 
-    /// Empties the table and gives it this many categories.
+    /// Empties the table and gives it this many categories. Throws as std::vector does when memory
+    /// does not suffice, here and in the next; the table is then as it was.
     void Reset(std::int32_t numCategories);
     /// Gives the table further categories behind its own, without counts.
     void Extend(std::int32_t numCategories);

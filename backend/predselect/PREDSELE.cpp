@@ -117,14 +117,17 @@ void RunClassifier(const PRSValidSpecs& specs, ProcedureDataSource& source,
 
 // How many 8-byte slots the new variables fill in each case. As many probabilities as were asked
 // for: how many categories the target has is not known yet.
-std::int32_t SlotsOfSavedVariables(const PRSValidSpecs& specs, const ProcedureDataSource& source) {
-    constexpr std::int32_t kSlotBytes = 8;
-    std::int32_t slots = 0;
+std::uint32_t SlotsOfSavedVariables(const PRSValidSpecs& specs, const ProcedureDataSource& source) {
+    constexpr std::uint32_t kSlotBytes = 8;
+    std::uint32_t slots = 0;
     if (!specs.GetPredValName().IsEmpty()) {
-        const std::int32_t type = source.GetVariable(specs.GetDependVar()).GetType();
+        const auto type =
+            static_cast<std::uint32_t>(source.GetVariable(specs.GetDependVar()).GetType());
         slots = type <= kSlotBytes ? 1 : (type + kSlotBytes - 1) / kSlotBytes;
     }
-    if (!specs.GetPredProbRoot().IsEmpty()) slots += specs.GetMaxPredProbs();
+    if (!specs.GetPredProbRoot().IsEmpty()) {
+        slots += static_cast<std::uint32_t>(specs.GetMaxPredProbs());
+    }
     return slots;
 }
 
@@ -143,8 +146,8 @@ void RunStages(bool isSelect, PRSValidSpecs& specs, PRSParser& parser, Procedure
         // The message does not end the run: the controller finds the empty data on its own.
         UAInpAdaptMsg(source).NoValidCasesForSelect();
     } else if (!isSelect) {
-        const std::int32_t slots = SlotsOfSavedVariables(specs, source);
-        if (slots > 0) source.SetMaxObsAdded(static_cast<std::uint32_t>(slots));
+        const std::uint32_t slots = SlotsOfSavedVariables(specs, source);
+        if (slots > 0) source.SetMaxObsAdded(slots);
     }
     if (isSelect) {
         RunSelection(specs, source, procedure);

@@ -172,6 +172,9 @@ bool PRSMultiFactory::AddContinuous(std::int32_t index, std::int32_t role) {
 }
 
 void PRSMultiFactory::PassUserMissing(std::int32_t index, std::int32_t variable) {
+    // A model file declares them whatever the command says of them. An engine that is only kept
+    // counts them as the run without it does.
+    if (!fbWriteModel && !fProcValidSpec.GetUserMissExclude()) return;
     const KOLT_Variable& source = fActiveDS.GetVariable(index);
     std::vector<KoltObs> values;
     const std::int32_t kind = source.GetMissingValues(values);

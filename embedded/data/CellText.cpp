@@ -137,6 +137,10 @@ std::string_view TrimBlanks(std::string_view text) {
     return text.substr(begin, text.find_last_not_of(" \t") - begin + 1);
 }
 
+std::string_view TrimTrailingBlanks(std::string_view text) {
+    return text.substr(0, text.find_last_not_of(' ') + 1);
+}
+
 std::optional<NumberText> ParseNumber(std::string_view text, char decimalMark) {
     if (text.empty()) {
         return std::nullopt;

@@ -9,6 +9,9 @@ namespace embedded {
 
 /// A text without the blanks and tabs around it.
 std::string_view TrimBlanks(std::string_view text);
+/// A text without the blanks at its end. Texts that differ in nothing else are the same value: a
+/// string variable has room for its longest text, and blanks fill what another leaves.
+std::string_view TrimTrailingBlanks(std::string_view text);
 
 /// A number as it was written.
 struct NumberText {

@@ -6,6 +6,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "embedded/data/CellText.h"
 #include "embedded/data/Utf8.h"
 
 namespace embedded {
@@ -149,6 +150,7 @@ StringColumnBuilder::Token StringColumnBuilder::Intern(std::string_view text) {
         const bool isText = IsUtf8(text);
         Text entry{isText ? std::string(text) : ReplaceInvalidUtf8(text), !isText};
         if (fpMissingTexts == nullptr || !fpMissingTexts->contains(entry.fText)) {
+            entry.fText.resize(TrimTrailingBlanks(entry.fText).size());
             token = static_cast<Token>(fvTexts.size());
             fvTexts.push_back(std::move(entry));
         }
@@ -186,7 +188,7 @@ Column StringColumnBuilder::Finish() && {
     values.reserve(order.size());
     std::vector<std::uint32_t> rank(order.size());
     for (const std::uint32_t token : order) {
-        // Different undecodable bytes may have become the same text.
+        // Different undecodable bytes may have become the same text, and so may trailing blanks.
         if (values.empty() || values.back() != fvTexts[token].fText) {
             values.push_back(std::move(fvTexts[token].fText));
         }

@@ -95,7 +95,8 @@ class StringColumnBuilder {
     using Token = std::int32_t;
     static constexpr Token kMissingToken = -1;
 
-    /// Takes up a text. Bytes that are no UTF-8 are replaced by U+FFFD.
+    /// Takes up a text, without the blanks at its end. Bytes that are no UTF-8 are replaced by
+    /// U+FFFD.
     Token Intern(std::string_view text);
     void Append(Token token);
     void Append(std::string_view text) { Append(Intern(text)); }

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "embedded/data/CellText.h"
 #include "host/Data.h"
 #include "host/Records.h"
 
@@ -72,7 +73,7 @@ bool IsShownAsDate(double days) { return days >= kLeastDays && days <= kMostDays
 
 std::string ConvertObsToString(const KoltObs& value, const KoltFormat& format, bool trim) {
     if (const auto* text = std::get_if<std::string>(&value)) {
-        return trim ? text->substr(0, text->find_last_not_of(' ') + 1) : *text;
+        return trim ? std::string(embedded::TrimTrailingBlanks(*text)) : *text;
     }
     const double number = std::get<double>(value);
     if (number == MCMV::gMissingValue) {

@@ -482,7 +482,7 @@ std::string SchemaValueText(const SchemaValue& value) {
 std::optional<KoltObs> ConvertSchemaValue(const SchemaValue& value, ColumnKind kind,
                                           const SchemaField& field) {
     if (kind == ColumnKind::kString) {
-        return KoltObs(SchemaValueText(value));
+        return KoltObs(std::string(TrimTrailingBlanks(SchemaValueText(value))));
     }
     const auto finite = [](double number) {
         return std::isfinite(number) ? std::optional<KoltObs>(number + 0.0) : std::nullopt;

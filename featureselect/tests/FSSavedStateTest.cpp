@@ -5,6 +5,7 @@
 #include <cstring>
 #include <fstream>
 #include <iterator>
+#include <limits>
 #include <memory>
 #include <random>
 #include <sstream>
@@ -16,6 +17,7 @@
 #include "featureselect/tests/SavedStates.h"
 #include "host/Xml.h"
 #include "tests/support/RandomSeed.h"
+#include "tests/support/RecordList.h"
 #include "tests/support/RestoreAbuse.h"
 
 #include "tests/support/AllocationCounter.inc"  // after all others
@@ -501,6 +503,31 @@ TEST(FSFactoryRestore, AStreamThatThrowsIsAFailedRestore) {
         EXPECT_EQ(factory.CreateFromXML(text), nullptr);
         EXPECT_EQ(factory.GetStatus(), FSStatus::XmlRestoreFailed()) << size;
     }
+}
+
+TEST(FSFactoryRestore, CountsAtTheLargestNumberStayThereInAFurtherPass) {
+    constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
+    constexpr std::size_t kUnweighted = 177 + 61;  // valid, then excluded, of the predictor set
+    std::string bytes = Golden("FSAlgorithm.bin");
+    const std::size_t categories = bytes.rfind("FSMII");  // the target's
+    std::int32_t category = 0;
+    std::memcpy(&category, bytes.data() + categories + 9, sizeof category);
+    for (const std::size_t at : {kUnweighted, kUnweighted + 4, categories + 13}) {
+        std::memcpy(bytes.data() + at, &kMost, sizeof kMost);
+    }
+    FSFactory factory;
+    std::istringstream stream(bytes);
+    const auto engine = factory.CreateFromBinary(stream);
+    ASSERT_NE(engine, nullptr);
+    testsupport::RecordList records({std::vector<double>(6, category), std::vector<double>()});
+    EXPECT_EQ(engine->AccumulateData(records, 2), FSStatus::Success());
+    double weight = 0.0;
+    std::int32_t valid = 0;
+    std::int32_t excluded = 0;
+    engine->GetRecordCounts(weight, weight, valid, excluded);
+    EXPECT_EQ(valid, kMost);
+    EXPECT_EQ(excluded, kMost);
+    EXPECT_EQ(engine->GetTargetCategoryByValue(category).first, kMost);
 }
 
 TEST(FSFactoryRestore, MoreMayFollowABinaryState) {

@@ -27,6 +27,7 @@ class NBCatNumEncoder : public NBCategoryEncoder {
     NBCatNumEncoder& operator=(const NBCatNumEncoder& other);
 
     /// kMissingCode for a missing value, else the category's code; a new category gets the next.
+    /// REQUIRES: no NaN, here and in Lookup.
     double Encode(double value);
     /// The same, but kMissingCode for a new category.
     double Lookup(double value) const;

@@ -77,6 +77,21 @@ TEST(NBAlgorithmMerge, CategoriesInAnotherOrderMeetByValue) {
               SavedBinary(*Built(mine, {{0, 0}, {0, 0}, {1, 1}, {1, 1}, {0, 0}, {0, 0}, {0, 1}})));
 }
 
+TEST(NBAlgorithmMerge, UserMissingValuesThatAreCategoriesMeetToo) {
+    NBVarList list;
+    list.AddStringCatVar("t", "", {"a", "?"}, {}, kTarget);
+    list.AddStringMissing(0, "?", "");
+    list.AddNumericCatVar("p", "", {5, 9}, {}, kInput);
+    list.AddNumericMissing(1, 9.0, "");
+    const Rows first{{0, 0}, {1, 1}, {1, 0}};
+    const Rows second{{1, 1}, {0, 1}, {0, 0}, {1, 1}};
+    Rows all = first;
+    all.insert(all.end(), second.begin(), second.end());
+    const auto engine = Built(list, first);
+    EXPECT_EQ(Merge(*engine, *RestoredBinary(SavedBinary(*Built(list, second)))), NBStatus());
+    EXPECT_EQ(SavedBinary(*engine), SavedBinary(*Built(list, all)));
+}
+
 TEST(NBAlgorithmMerge, CategoriesSeenOnOneSideOnlyJoin) {
     NBVarList mine;
     mine.AddStringCatVar("t", "", {"a", "b"}, {"A", "B"}, kTarget);

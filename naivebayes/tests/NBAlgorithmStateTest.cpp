@@ -3,6 +3,7 @@
 #include <cstring>
 #include <fstream>
 #include <iterator>
+#include <limits>
 
 #include "naivebayes/data/INBVariable.h"
 #include "naivebayes/tests/EngineFixture.h"
@@ -159,6 +160,28 @@ TEST(NBAlgorithmState, ARestoredModelMaySearchItsCandidates) {
                                         {1, 1, 2.5, 1, 1, 1}}),
               NBStatus());
     EXPECT_EQ(selection.fvSelected.size(), 4U);
+}
+
+TEST(NBAlgorithmState, ARestoredModelSearchesWithWhateverSettingsItHolds) {
+    NBVarList list = CategoricalList(2, {2});
+    AddCategorical(list, "c", 3, kCandidate);
+    const Rows rows{{0, 0, 0}, {0, 1, 1}, {1, 1, 2}, {1, 0, 1}, {1, 1, 0}};
+    const std::string good = SavedBinary(*Built(list, rows));
+    const std::size_t settings = good.find("NBS") + 3;
+    constexpr std::int32_t kLowest = std::numeric_limits<std::int32_t>::min();
+    for (const std::int32_t kind : {0, 1, 2, 3, 4, -1, kLowest}) {
+        for (const std::int32_t number : {10, 0, -1, kLowest}) {
+            std::string bytes = good;
+            PutInt(bytes, settings, kLowest);                        // reports to skip
+            PutInt(bytes, settings + 8, number == 10 ? 0 : number);  // records in memory: none
+            PutInt(bytes, settings + 12, number);                    // simulated ones
+            PutInt(bytes, settings + 16, kind);
+            const auto engine = RestoredBinary(bytes);
+            Selection selection;
+            EXPECT_EQ(selection.Run(*engine, rows), NBStatus()) << kind << ' ' << number;
+            EXPECT_EQ(selection.fvSelected, (std::vector<std::int32_t>{1, 2}));
+        }
+    }
 }
 
 TEST(NBAlgorithmState, ALaterPredictorTakesThePlaceOfOneThatLeft) {

@@ -253,6 +253,24 @@ TEST_F(NBayesInputTest, MergeLeavesOutWhatThisSideTakesForMissing) {
     EXPECT_EQ(table.GetCounts(), (Matrix{{21}}));
 }
 
+TEST_F(NBayesInputTest, MergeKeepsUserMissingValuesThatAreCategories) {
+    NBVarList numbers;
+    numbers.AddNumericCatVar("f", "", {1.0, 9.0}, {}, 1);
+    numbers.AddNumericMissing(0, 9.0, "");
+    NBVarList texts;
+    texts.AddStringCatVar("f", "", {"a", "?"}, {}, 1);
+    texts.AddStringMissing(0, "?", "");
+    for (NBVarList* const mine : {&numbers, &texts}) {
+        const NBVarList theirs(*mine);
+        NBayesInput table;
+        table.SetCounts(1.0, {{1}, {2}});
+        const NBayesInput other = table;
+        EXPECT_EQ(table.MergeFrom(other, mine->GetEncoder(0), theirs.GetEncoder(0), 1, {0}, 6.0),
+                  2);
+        EXPECT_EQ(table.GetCounts(), (Matrix{{2}, {4}}));
+    }
+}
+
 TEST_F(NBayesInputTest, MergeNeverLeavesTheTables) {
     NBStringEncoder mine(Strings{"a"});
     NBBinningEncoder bins(0.0, 5.0, 5);

@@ -176,13 +176,50 @@ TEST(NaiveOutput, AnExactSizeHasNeitherRanksNorACriterion) {
               (Texts{"Predictor Added", "Average Log-Likelihood"}));
 }
 
-TEST(NaiveOutput, AnExactSizeWithForcedPredictorsShowsTheirLikelihood) {
+TEST(NaiveOutput, AnExactSizeShowsNothingOfTheForcedPredictorsButTheirNames) {
     const CommandRun run(
         "NAIVEBAYES y BY good fair noise /FORCE FACTORS=(fair) /SUBSET EXACTSIZE=1;",
         TwoClasses().Build());
     ASSERT_EQ(run.Status(), "ok");
     EXPECT_EQ(run.Headings(kSubset, "Subset"), (Texts{"0", "1"}));
     EXPECT_EQ(run.Cell(kSubset, {"0", "Rank"}), nullptr);
+    EXPECT_EQ(run.Cell(kSubset, {"0", "Average Log-Likelihood"}), nullptr);
+    EXPECT_NE(run.Cell(kSubset, {"1", "Average Log-Likelihood"}), nullptr);
+}
+
+/// TwoClasses with weights; the last cases of two predictors more, which alone differ from the
+/// others, weigh too little to count.
+DataSet WithUninformative() {
+    std::vector<double> weight(20, 1.0);
+    weight.back() = 0.2;
+    return TwoClasses()
+        .Strings("flat", Letters("pppppppppppppppppppq"))
+        .Strings("even", Letters("rrrrrrrrrrrrrrrrrrrs"))
+        .Numbers("w", weight)
+        .Weight()
+        .Build();
+}
+
+TEST(NaiveOutput, AForcedPredictorThatTheEngineLeavesOutIsNotInTheInitialSubset) {
+    const CommandRun run("NAIVEBAYES y BY good noise /FORCE FACTORS=(fair flat);",
+                         WithUninformative());
+    ASSERT_EQ(run.Status(), "ok");
+    EXPECT_EQ(run.Headings(kSubset, "Subset"), (Texts{"0", "1", "2"}));
+    EXPECT_EQ((*run.Cell(kSubset, {"0", "Predictor Added"}))["notes"][0],
+              "The initial subset contains fair.");
+    EXPECT_NE(run.Cell(kSubset, {"0", "Rank"}), nullptr);
+    EXPECT_NE(run.Cell(kSubset, {"2", "Rank"}), nullptr);
+}
+
+TEST(NaiveOutput, WithoutAForcedPredictorLeftTheInitialSubsetIsEmpty) {
+    const CommandRun run("NAIVEBAYES y BY good noise /FORCE FACTORS=(even flat);",
+                         WithUninformative());
+    ASSERT_EQ(run.Status(), "ok");
+    EXPECT_EQ(run.Headings(kSubset, "Subset"), (Texts{"0", "1", "2"}));
+    EXPECT_EQ((*run.Cell(kSubset, {"0", "Predictor Added"}))["notes"][0],
+              "The initial subset is empty.");
+    EXPECT_EQ(run.Cell(kSubset, {"0", "Rank"}), nullptr);
+    EXPECT_NE(run.Cell(kSubset, {"1", "Rank"}), nullptr);
 }
 
 /// 60 cases: y, good and fair as above three times over; part marks every third for the test.
@@ -212,6 +249,18 @@ TEST(NaiveOutput, TestDataNameTheirCriterion) {
     ASSERT_EQ(run.Status(), "ok");
     EXPECT_EQ(run.Headings(kSubset, "Statistics"),
               (Texts{"Predictor Added", "Rank", "Test Data Criterion", "Average Log-Likelihood"}));
+}
+
+TEST(NaiveOutput, ByTestDataForcedPredictorsAreRankedWithoutALikelihood) {
+    const CommandRun run(std::string(kByTestData) + " /FORCE FACTORS=(fair);", WithPart());
+    ASSERT_EQ(run.Status(), "ok");
+    EXPECT_EQ(run.Headings(kSubset, "Subset"), (Texts{"0", "1"}));
+    EXPECT_EQ(run.Cell(kSubset, {"0", "Average Log-Likelihood"}), nullptr);
+    ASSERT_NE(run.Cell(kSubset, {"0", "Rank"}), nullptr);
+    ASSERT_NE(run.Cell(kSubset, {"0", "Test Data Criterion"}), nullptr);
+    EXPECT_EQ((*run.Cell(kSubset, {"0", "Rank"}))["format"], "count");
+    EXPECT_EQ((*run.Cell(kSubset, {"0", "Test Data Criterion"}))["format"],
+              (*run.Cell(kSubset, {"1", "Average Log-Likelihood"}))["format"]);
 }
 
 bool HasSimulatedNote(const CommandRun& run) {
@@ -251,6 +300,22 @@ TEST(NaiveOutput, SelectedPredictorsStandByKind) {
     ASSERT_EQ(forced.Status(), "ok");
     EXPECT_EQ(forced.Value("SelectedPredictors", {"Categorical", "Predictors"})[0], "good");
     EXPECT_EQ(forced.Value("SelectedPredictors", {"Scale", "Predictors"}), nlohmann::json({"x"}));
+}
+
+TEST(NaiveOutput, SelectedPredictorsStandByNameAndOthersByLabel) {
+    const CommandRun run("NAIVEBAYES y BY clear same;",
+                         TwoClasses()
+                             .Strings("clear", Letters("aaaaaaaaaabbbbbbbbbb"))
+                             .Label("Clear as day")
+                             .Strings("same", Letters(std::string(20, 'p')))
+                             .Label("Always the same")
+                             .Build());
+    ASSERT_EQ(run.Status(), "ok");
+    EXPECT_EQ(run.Value("SelectedPredictors", {"Categorical", "Predictors"}),
+              nlohmann::json({"clear"}));
+    EXPECT_EQ((*run.Cell(kSubset, {"1", "Predictor Added"}))["text"], "Clear as day");
+    EXPECT_EQ((*run.Cell(kExcluded, {"Categorical", "All Cases Constant"}))["text"],
+              "Always the same");
 }
 
 // --- Classification ---

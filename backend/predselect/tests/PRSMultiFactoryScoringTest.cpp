@@ -140,6 +140,15 @@ TEST(SavedVariables, FewerProbabilitiesThanCategoriesAreThoseOfTheFirst) {
     }
 }
 
+// More room than any data set has is asked for; what is made is what the target has.
+TEST(SavedVariables, TheLargestCountIsTakenBesideAPredictedValue) {
+    const CommandRun run(
+        "NAIVEBAYES y BY f /SUBSET NOSELECTION /SAVE PREDVAL PREDPROB(p:2147483647);",
+        ThreeClasses());
+    ASSERT_EQ(run.Status(), "ok");
+    EXPECT_EQ(SavedNames(run), (Texts{"PredictedValue", "p1", "p2", "p3"}));
+}
+
 TEST(SavedVariables, TheCountAloneKeepsTheDefaultRoot) {
     const CommandRun run("NAIVEBAYES y BY f /SUBSET NOSELECTION /SAVE PREDPROB(:1);",
                          ThreeClasses());

@@ -290,6 +290,59 @@ TEST(PRSMultiFactory, ForAModelFileValuesAndMissingValuesAreDescribed) {
     EXPECT_FALSE(interval->IsMissing(17.0));
 }
 
+TEST(PRSMultiFactory, ForAModelFileUnusableCandidatesKeepTheirPlaceToo) {
+    const std::string path = testing::TempDir() + "PRSMultiFactoryTest3.xml";
+    Controller run("NAIVEBAYES y BY none same good WITH empty flat /OUTFILE MODEL='" + path + "';",
+                   TwoClasses()
+                       .Strings("none", Letters(std::string(20, ' ')))
+                       .Strings("same", Letters(std::string(20, 'p')))
+                       .Numbers("empty", std::vector<double>(20, kMissing))
+                       .Numbers("flat", std::vector<double>(20, 2.5))
+                       .Build());
+    ASSERT_TRUE(run.PrepareAndRun());
+    EXPECT_EQ(Roles(run), (Indices{3, 1, 5, 5, 5, 5}));
+    EXPECT_EQ(run->GetEmptyPredList(), (Indices{4, 6}));
+    EXPECT_EQ(run->GetConstPredList(), (Indices{5, 7}));
+}
+
+/// x with the values 1 to 20, of which 20 is user-missing.
+DataSet LastIsUserMissing() {
+    KoltMissingSpec last;
+    last.fvDiscrete = {KoltObs(20.0)};
+    std::vector<double> x;
+    for (int i = 1; i <= 20; ++i) x.push_back(i);
+    return TwoClasses().Numbers("x", x).Level(kLevelScale).Missing(last).Build();
+}
+
+// The one place in which user-missing values that count are missing all the same.
+TEST(PRSMultiFactory, ForAModelFileUserMissingValuesAreDeclaredThoughTheyCount) {
+    const std::string path = testing::TempDir() + "PRSMultiFactoryTest4.xml";
+    Controller run(
+        "NAIVEBAYES y WITH x /MISSING USERMISSING=INCLUDE /SUBSET NOSELECTION"
+        " /OUTFILE MODEL='" +
+            path + "';",
+        LastIsUserMissing());
+    ASSERT_TRUE(run.PrepareAndRun());
+    const auto* missing = dynamic_cast<const NBNumericUserMissing*>(
+        run->GetAlgorithm()->GetVarList().GetVariable(1)->GetUserMissing());
+    ASSERT_NE(missing, nullptr);
+    EXPECT_TRUE(missing->IsMissing(20.0));
+    EXPECT_EQ(run->GetInputAdapter().GetContMaxValue(4), 20.0);
+}
+
+TEST(PRSMultiFactory, ForAModelFileTextsThatDifferInBlanksAtTheirEndAreOneCategory) {
+    const std::string path = testing::TempDir() + "PRSMultiFactoryTest5.xml";
+    Controller run("NAIVEBAYES y BY f /SUBSET NOSELECTION /OUTFILE MODEL='" + path + "';",
+                   DataSetBuilder()
+                       .Strings("y", {"a", "a ", "b", "b"})
+                       .Strings("f", {"p", "q", "r ", "r"})
+                       .Build());
+    ASSERT_TRUE(run.PrepareAndRun());
+    EXPECT_EQ(run->GetAlgorithm()->GetNumTargetCategories(), 2);
+    EXPECT_EQ(CodesOf(run, 0), 2);
+    EXPECT_EQ(CodesOf(run, 1), 3);
+}
+
 // --- Search ---
 
 TEST(PRSMultiFactory, WithoutTestCasesTheSearchByTestDataFails) {
@@ -451,6 +504,19 @@ TEST(PRSMultiFactory, AnEngineThatIsKeptKnowsTheValuesOfItsCategories) {
     EXPECT_EQ(engine->GetVarList().GetEncoder(0)->GetNumCodes(), 2);
     std::istringstream text(taken.fXML);
     EXPECT_NE(RestoreNBAlgorithmXML(status, text), nullptr) << status.fCode;
+}
+
+TEST(PRSMultiFactory, KeepingTheEngineDoesNotChangeTheScores) {
+    for (const std::string missing : {"EXCLUDE", "INCLUDE"}) {
+        const std::string command = "NAIVEBAYES y BY good WITH x /MISSING USERMISSING=" + missing +
+                                    " /SUBSET NOSELECTION /SAVE PREDPROB(p);";
+        Taken taken;
+        const CommandRun kept(command, LastIsUserMissing(), TakeInto(taken));
+        const CommandRun alone(command, LastIsUserMissing());
+        ASSERT_EQ(kept.Status(), "ok");
+        ASSERT_EQ(alone.Status(), "ok");
+        EXPECT_EQ(kept.ValuesOf("p1"), alone.ValuesOf("p1")) << missing;
+    }
 }
 
 TEST(PRSMultiFactory, ScreeningHandsItsEngineOverToo) {

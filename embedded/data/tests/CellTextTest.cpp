@@ -97,5 +97,12 @@ TEST(TrimBlanks, TakesBlanksAndTabsOffBothEnds) {
     EXPECT_EQ(TrimBlanks(""), "");
 }
 
+TEST(TrimTrailingBlanks, LeavesOtherBlanksAndTabs) {
+    EXPECT_EQ(TrimTrailingBlanks(" a b  "), " a b");
+    EXPECT_EQ(TrimTrailingBlanks("a\t "), "a\t");
+    EXPECT_EQ(TrimTrailingBlanks("  "), "");
+    EXPECT_EQ(TrimTrailingBlanks(""), "");
+}
+
 }  // namespace
 }  // namespace embedded

@@ -494,6 +494,15 @@ TEST_F(OpenWithSchema, LabelledMissingValuesOfTheSchemaAreUserMissing) {
     EXPECT_EQ(*data.Variable(0).GetValueLabels().Find(-1.0), "skipped");
 }
 
+TEST_F(OpenWithSchema, BlanksAtTheEndOfATextAreNoPartOfADeclaredValueEither) {
+    const DataSet data = OpenWith("a\nx \nskip\nx\n",
+                                  R"({"fields": [{"name": "a", "missingValues":
+                                      [{"value": "skip  ", "label": "skipped"}]}]})");
+    EXPECT_EQ(data.GetColumn(0).DistinctCount(), 2);
+    EXPECT_TRUE(data.Variable(0).IsUserMissing(std::string("skip")));
+    EXPECT_NE(data.Variable(0).GetValueLabels().Find(std::string("skip")), nullptr);
+}
+
 TEST_F(OpenWithSchema, AMissingTextThatIsNoNumberIsSystemMissingInANumericVariable) {
     const DataSet data = OpenWith("a\n1\nrefused\n-9\n",
                                   R"({"fields": [{"name": "a", "type": "number",

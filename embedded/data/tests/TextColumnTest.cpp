@@ -85,7 +85,11 @@ INSTANTIATE_TEST_SUITE_P(
                  ColumnKind::kNumber,
                  {kMissing, 1.0, 2.0}},
         TypeCase{
-            "BlanksAreTextAmongTexts", {"  ", " x"}, ColumnKind::kString, {Text("  "), Text(" x")}},
+            "BlanksAreTextAmongTexts", {"  ", " x"}, ColumnKind::kString, {Text(""), Text(" x")}},
+        TypeCase{"BlanksAtTheEndAreNoPartOfAText",
+                 {"x ", "y", "x", "x  "},
+                 ColumnKind::kString,
+                 {Text("x"), Text("y"), Text("x"), Text("x")}},
         TypeCase{"Booleans",
                  {"true", "FALSE", "True", kMissing},
                  ColumnKind::kBoolean,

@@ -74,6 +74,16 @@ TEST(NBStringUserMissing, ANegativeLabelLengthAddsNoLabel) {
               std::vector<std::string>{R"(Value value="a" property="missing")"});
 }
 
+TEST(NBStringUserMissing, ANegativeCountReadsNoEntries) {
+    NBStringUserMissing fromXML = MakeDefinition();
+    EXPECT_TRUE(savedforms::FromXML(fromXML,
+                                    "<Obj name=\"NBStringUserMissing\"><Int value=\"-4\"/></Obj>"));
+    EXPECT_EQ(fromXML.GetNumDiscrete(), 0);
+    NBStringUserMissing fromBinary = MakeDefinition();
+    EXPECT_TRUE(savedforms::FromBinary(fromBinary, "NBStrUMi" + Bytes(-4)));
+    EXPECT_EQ(fromBinary.GetNumDiscrete(), 0);
+}
+
 TEST(NBStringUserMissing, XMLRoundTrips) {
     const std::string text = savedforms::XML(MakeDefinition());
     EXPECT_EQ(text,

@@ -276,6 +276,21 @@ TEST(NBVarList, ValidatesWhatIsInUse) {
     EXPECT_EQ(constant, Indices{5});
 }
 
+TEST(NBVarList, AVariableWithoutARoleIsCheckedButIsNoPredictor) {
+    NBVarList list;
+    list.AddNumericCatVar("t", "", {1.0, 2.0}, NBRole::kTarget);
+    list.AddNumericCatVar("none", "", {1.0, 2.0}, NBRole::kNone);
+    Indices constant;
+    Indices empty;
+    EXPECT_FALSE(list.ValidateVariables(constant, empty, true));
+    EXPECT_TRUE(constant.empty());
+    list.AddNumericCatVar("p", "", {1.0, 2.0}, NBRole::kInput);
+    EXPECT_TRUE(list.ValidateVariables(constant, empty, true));
+    list.AddNumericCatVar("flat", "", {1.0}, NBRole::kNone);
+    EXPECT_FALSE(list.ValidateVariables(constant, empty, true));
+    EXPECT_EQ(constant, Indices{3});
+}
+
 TEST(NBVarList, NeedsAPredictorAndExactlyOneTarget) {
     Indices constant;
     Indices empty;
