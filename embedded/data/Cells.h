@@ -40,14 +40,24 @@ using Cells = std::vector<T, UnsetAllocator<T>>;
 /// Entries are code + 1, and 0 where the row is system-missing.
 using CodeVector = std::variant<Cells<std::uint8_t>, Cells<std::uint16_t>, Cells<std::uint32_t>>;
 
-/// Entries up to this one fit into a byte, and into two.
-inline constexpr std::uint32_t kLastByteEntry = 0xFF;
-inline constexpr std::uint32_t kLastShortEntry = 0xFFFF;
+/// Calls the visitor with a zero of the narrowest type that holds entries up to the last one.
+template <class Visitor>
+decltype(auto) ForEntriesUpTo(std::size_t last, Visitor&& visitor) {
+    if (last <= 0xFF) {
+        return visitor(std::uint8_t{0});
+    }
+    if (last <= 0xFFFF) {
+        return visitor(std::uint16_t{0});
+    }
+    return visitor(std::uint32_t{0});
+}
 
 /// Cells that have found their place: in memory, or in the file of the memory's budget.
 template <class T>
 class StoredCells {
  public:
+    using Value = T;
+
     StoredCells() = default;
     /// Without a budget they stay in memory.
     StoredCells(Cells<T> cells, std::shared_ptr<ColumnMemory> memory)
@@ -76,8 +86,9 @@ class StoredCells {
     }
 
     std::size_t Size() const { return fSize; }
-    /// `count` cells from `first` on; the buffer is used when they are in the file. Throws DataError
-    /// when they cannot be read back.
+    const std::shared_ptr<ColumnMemory>& Memory() const { return fpMemory; }
+    /// `count` cells from `first` on; the buffer is used when they are in the file. Throws
+    /// DataError when they cannot be read back.
     std::span<const T> Get(std::size_t first, std::size_t count, Cells<T>& buffer) const {
         if (fPlace < 0) {
             return std::span<const T>(fvHeld).subspan(first, count);

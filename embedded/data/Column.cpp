@@ -1,91 +1,72 @@
 #include "embedded/data/Column.h"
 
 #include <algorithm>
-#include <bit>
+#include <numeric>
+#include <type_traits>
 #include <utility>
 
-#include "embedded/data/ColumnBuilder.h"
+#include "embedded/data/NumberCodes.h"
 
 namespace embedded {
 namespace {
 
-// Gives each distinct number a code in order of appearance: an open hash table over the bits of
-// doubles, much quicker here than std::unordered_map.
-class NumberCodes {
- public:
-    std::uint32_t Code(double value) {
-        if (2 * (fvValues.size() + 1) > fvSlots.size()) {
-            Grow();
+// One bit a row that `isValid` holds for; empty when it holds for all.
+template <class Value, class IsValid>
+void FillValidity(std::span<const Value> rows, IsValid isValid, std::vector<std::uint64_t>& bits) {
+    bits.assign((rows.size() + 63) / 64, 0);
+    bool all = true;
+    for (std::size_t word = 0; word < bits.size(); ++word) {
+        const std::size_t first = 64 * word;
+        const std::size_t count = std::min<std::size_t>(64, rows.size() - first);
+        std::uint64_t set = 0;
+        for (std::size_t bit = 0; bit < count; ++bit) {
+            set |= std::uint64_t{isValid(rows[first + bit])} << bit;
         }
-        std::size_t slot = Slot(value);
-        while (fvSlots[slot] != 0) {
-            const std::uint32_t code = fvSlots[slot] - 1;
-            if (fvValues[code] == value) {
-                return code;
-            }
-            slot = (slot + 1) & (fvSlots.size() - 1);
-        }
-        fvValues.push_back(value);
-        fvSlots[slot] = static_cast<std::uint32_t>(fvValues.size());
-        return fvSlots[slot] - 1;
+        bits[word] = set;
+        all = all && set == (count == 64 ? ~std::uint64_t{0} : (std::uint64_t{1} << count) - 1);
     }
-    const std::vector<double>& Values() const { return fvValues; }
+    if (all) {
+        bits.clear();
+    }
+}
 
- private:
-    std::size_t Slot(double value) const {
-        std::uint64_t bits = std::bit_cast<std::uint64_t>(value);
-        // The finisher of Steele, Lea & Flood (2014), SplitMix: spreads the few bits in which
-        // whole numbers differ.
-        bits = (bits ^ (bits >> 30U)) * 0xbf58476d1ce4e5b9U;
-        bits = (bits ^ (bits >> 27U)) * 0x94d049bb133111ebU;
-        bits ^= bits >> 31U;
-        return static_cast<std::size_t>(bits) & (fvSlots.size() - 1);
+template <class Stored>
+std::int64_t CountRows(const std::vector<Stored>& chunks) {
+    std::int64_t rows = 0;
+    for (const Stored& chunk : chunks) {
+        rows += static_cast<std::int64_t>(chunk.Size());
     }
-    void Grow() {
-        fvSlots.assign(std::max<std::size_t>(1024, 2 * fvSlots.size()), 0);
-        for (std::size_t code = 0; code < fvValues.size(); ++code) {
-            std::size_t slot = Slot(fvValues[code]);
-            while (fvSlots[slot] != 0) {
-                slot = (slot + 1) & (fvSlots.size() - 1);
-            }
-            fvSlots[slot] = static_cast<std::uint32_t>(code + 1);
-        }
-    }
-
-    std::vector<double> fvValues;        // by code
-    std::vector<std::uint32_t> fvSlots;  // code + 1, 0 empty; a power of two of them
-};
-
-std::int64_t CountValid(const Column::Validity& validity, std::int64_t rows) {
-    if (validity.empty()) {
-        return rows;
-    }
-    std::int64_t count = 0;
-    for (const std::uint64_t word : validity) {
-        count += std::popcount(word);
-    }
-    return count;
+    return rows;
 }
 
 }  // namespace
 
-CodeSpan::CodeSpan(const CodeVector& codes) {
-    std::visit([this](const auto& list) { fCodes = std::span(list); }, codes);
+std::vector<double> AscendingValues(const NumberCodes& codes,
+                                    std::vector<std::uint32_t>& newEntries) {
+    const std::vector<double>& met = codes.Values();
+    std::vector<std::uint32_t> order(met.size());
+    std::iota(order.begin(), order.end(), 0U);
+    std::sort(order.begin(), order.end(),
+              [&met](std::uint32_t a, std::uint32_t b) { return met[a] < met[b]; });
+    std::vector<double> values;
+    values.reserve(order.size());
+    newEntries.assign(order.size() + 1, 0);
+    for (const std::uint32_t code : order) {
+        values.push_back(met[code]);
+        newEntries[code + 1] = static_cast<std::uint32_t>(values.size());
+    }
+    return values;
 }
 
 std::size_t CodeSpan::Size() const {
-    return Visit([](const auto codes) { return codes.size(); });
+    return std::visit([](const auto entries) { return entries.size(); }, fEntries);
 }
 
 std::uint32_t CodeSpan::operator[](std::size_t row) const {
-    return Visit([row](const auto codes) { return std::uint32_t{codes[row]}; });
+    const auto entry =
+        std::visit([row](const auto entries) { return std::uint32_t{entries[row]}; }, fEntries);
+    return entry == 0 ? 0 : entry - 1;
 }
-
-ColumnCategories::ColumnCategories(std::vector<std::string> values, std::vector<CodeVector> chunks)
-    : fvStrings(std::move(values)), fvChunks(std::move(chunks)) {}
-
-ColumnCategories::ColumnCategories(std::vector<double> values, std::vector<CodeVector> chunks)
-    : fvNumbers(std::move(values)), fvChunks(std::move(chunks)) {}
 
 std::int32_t ColumnCategories::Count() const {
     return static_cast<std::int32_t>(fvStrings.size() + fvNumbers.size());
@@ -96,118 +77,175 @@ KoltObs ColumnCategories::Value(std::int32_t code) const {
     return fvNumbers.empty() ? KoltObs(fvStrings[at]) : KoltObs(fvNumbers[at]);
 }
 
-CodeSpan ColumnCategories::Codes(std::int32_t chunk) const {
-    return CodeSpan(fvChunks[static_cast<std::size_t>(chunk)]);
-}
-
-Column Column::OfNumbers(std::vector<std::vector<double>> chunks, std::vector<Validity> validity) {
+Column Column::OfNumbers(std::vector<StoredCells<double>> chunks, std::int64_t validCount) {
     Column column;
-    column.fbNumeric = true;
-    for (std::size_t i = 0; i < chunks.size(); ++i) {
-        const auto rows = static_cast<std::int64_t>(chunks[i].size());
-        column.fRowCount += rows;
-        column.fValidCount += CountValid(validity[i], rows);
-    }
+    column.fRowCount = CountRows(chunks);
+    column.fValidCount = validCount;
     column.fvNumbers = std::move(chunks);
-    column.fvValidity = std::move(validity);
     return column;
 }
 
-Column Column::OfStrings(std::vector<std::string> values, std::vector<CodeVector> chunks,
-                         std::vector<Validity> validity) {
+Column Column::OfCodes(std::vector<double> values, CodeChunks chunks, std::int64_t validCount) {
     Column column;
-    column.fbNumeric = false;
-    for (std::size_t i = 0; i < chunks.size(); ++i) {
-        const auto rows = static_cast<std::int64_t>(CodeSpan(chunks[i]).Size());
-        column.fRowCount += rows;
-        column.fValidCount += CountValid(validity[i], rows);
-    }
-    column.fvValidity = std::move(validity);
-    column.fpCategories = std::make_unique<ColumnCategories>(std::move(values), std::move(chunks));
+    column.fbCoded = true;
+    column.fRowCount = std::visit([](const auto& list) { return CountRows(list); }, chunks);
+    column.fValidCount = validCount;
+    column.fCodes = std::move(chunks);
+    column.fpCategories = std::make_unique<ColumnCategories>(std::move(values));
     return column;
 }
 
-ColumnChunk Column::Chunk(std::int32_t index) const {
-    const auto at = static_cast<std::size_t>(index);
+Column Column::OfCodes(std::vector<std::string> values, CodeChunks chunks,
+                       std::int64_t validCount) {
+    Column column = OfCodes(std::vector<double>(), std::move(chunks), validCount);
+    column.fbNumeric = false;
+    column.fpCategories = std::make_unique<ColumnCategories>(std::move(values));
+    return column;
+}
+
+std::size_t Column::RowsOf(std::int32_t index) const {
+    return static_cast<std::size_t>(
+        std::min<std::int64_t>(kChunkRows, fRowCount - std::int64_t{index} * kChunkRows));
+}
+
+ColumnBuffer& Column::OwnBuffer() const {
+    if (!fpBuffer) {
+        fpBuffer = std::make_unique<ColumnBuffer>();
+    }
+    return *fpBuffer;
+}
+
+ColumnChunk Column::Chunk(std::int32_t index, ColumnBuffer& buffer) const {
     ColumnChunk chunk;
     chunk.fFirstRow = std::int64_t{index} * kChunkRows;
-    chunk.fRows =
-        static_cast<std::int32_t>(std::min<std::int64_t>(kChunkRows, fRowCount - chunk.fFirstRow));
-    chunk.fValidity = fvValidity[at];
+    chunk.fRows = static_cast<std::int32_t>(RowsOf(index));
+    const bool someMissing = fValidCount < fRowCount;
     if (fbNumeric) {
-        chunk.fNumbers = fvNumbers[at];
-    } else {
-        chunk.fCodes = fpCategories->Codes(index);
+        chunk.fNumbers = Numbers(index, buffer);
+        if (someMissing) {
+            FillValidity(
+                chunk.fNumbers, [](double value) { return value != MCMV::gMissingValue; },
+                buffer.fvValidity);
+            chunk.fValidity = buffer.fvValidity;
+        }
+        return chunk;
+    }
+    chunk.fCodes = Codes(index, buffer);
+    if (someMissing) {
+        std::visit(
+            [&buffer](const auto entries) {
+                FillValidity(
+                    entries, [](auto entry) { return entry != 0; }, buffer.fvValidity);
+            },
+            chunk.fCodes.GetEntries());
+        chunk.fValidity = buffer.fvValidity;
     }
     return chunk;
 }
 
-const ColumnCategories& Column::Categories() const {
-    if (fpCategories) {
-        return *fpCategories;
+CodeSpan Column::Codes(std::int32_t index, ColumnBuffer& buffer) const {
+    if (!fpCategories) {
+        MakeCategories();
     }
-    NumberCodes codes;
-    CodeChunks chunks;
-    for (std::int32_t i = 0; i < ChunkCount(); ++i) {
-        const ColumnChunk chunk = Chunk(i);
-        for (std::int32_t row = 0; row < chunk.fRows; ++row) {
-            if (chunk.IsValid(row)) {
-                chunks.Append(codes.Code(chunk.fNumbers[static_cast<std::size_t>(row)]));
-            } else {
-                chunks.AppendMissing();
+    return std::visit(
+        [&](const auto& chunks) {
+            using Entry = typename std::decay_t<decltype(chunks)>::value_type::Value;
+            if (!std::holds_alternative<Cells<Entry>>(buffer.fCodes)) {
+                buffer.fCodes = Cells<Entry>();
             }
-        }
+            return CodeSpan(chunks[static_cast<std::size_t>(index)].Get(
+                0, RowsOf(index), std::get<Cells<Entry>>(buffer.fCodes)));
+        },
+        fCodes);
+}
+
+std::span<const double> Column::Numbers(std::int32_t index, ColumnBuffer& buffer) const {
+    if (!fbCoded) {
+        return fvNumbers[static_cast<std::size_t>(index)].Get(0, RowsOf(index), buffer.fvNumbers);
     }
-    const std::vector<double>& met = codes.Values();
-    std::vector<std::uint32_t> order(met.size());
-    for (std::size_t i = 0; i < order.size(); ++i) {
-        order[i] = static_cast<std::uint32_t>(i);
+    const std::vector<double>& values = fpCategories->Numbers();
+    std::visit(
+        [&](const auto entries) {
+            buffer.fvNumbers.resize(entries.size());
+            std::transform(entries.begin(), entries.end(), buffer.fvNumbers.begin(),
+                           [&values](auto entry) {
+                               return entry == 0 ? MCMV::gMissingValue : values[entry - 1U];
+                           });
+        },
+        Codes(index, buffer).GetEntries());
+    return buffer.fvNumbers;
+}
+
+const ColumnCategories& Column::Categories() const {
+    if (!fpCategories) {
+        MakeCategories();
     }
-    std::sort(order.begin(), order.end(),
-              [&met](std::uint32_t a, std::uint32_t b) { return met[a] < met[b]; });
-    std::vector<double> values;
-    values.reserve(order.size());
-    std::vector<std::uint32_t> rank(order.size());
-    for (const std::uint32_t code : order) {
-        rank[code] = static_cast<std::uint32_t>(values.size());
-        values.push_back(met[code]);
-    }
-    fpCategories = std::make_unique<ColumnCategories>(std::move(values),
-                                                      std::move(chunks).Recode(rank, order.size()));
     return *fpCategories;
 }
 
-std::int64_t Column::DistinctCount() const {
+void Column::MakeCategories() const {
+    NumberCodes codes;
+    std::vector<Cells<std::uint32_t>> chunks;  // entries by order of appearance
+    ColumnBuffer buffer;
+    for (std::int32_t i = 0; i < ChunkCount(); ++i) {
+        const std::span<const double> numbers = Numbers(i, buffer);
+        Cells<std::uint32_t>& entries = chunks.emplace_back(numbers.size());
+        std::transform(numbers.begin(), numbers.end(), entries.begin(), [&codes](double value) {
+            return value == MCMV::gMissingValue ? 0 : codes.Code(value) + 1;
+        });
+    }
+    std::vector<std::uint32_t> newEntries;
+    auto values = std::make_unique<ColumnCategories>(AscendingValues(codes, newEntries));
+    const std::shared_ptr<ColumnMemory> memory =
+        fvNumbers.empty() ? nullptr : fvNumbers.front().Memory();
+    ForEntriesUpTo(values->Numbers().size(), [&](auto zero) {
+        using Entry = decltype(zero);
+        std::vector<StoredCells<Entry>> stored;
+        for (Cells<std::uint32_t>& entries : chunks) {
+            Cells<Entry> recoded(entries.size());
+            std::transform(entries.begin(), entries.end(), recoded.begin(),
+                           [&newEntries](std::uint32_t entry) {
+                               return static_cast<Entry>(newEntries[entry]);
+                           });
+            entries = Cells<std::uint32_t>();
+            stored.emplace_back(std::move(recoded), memory);
+        }
+        fCodes = std::move(stored);
+    });
+    fpCategories = std::move(values);
+}
+
+std::int64_t Column::DistinctCount(std::int64_t enough) const {
     if (fpCategories) {
         return fpCategories->Count();
     }
     NumberCodes codes;
+    ColumnBuffer buffer;
     for (std::int32_t i = 0; i < ChunkCount(); ++i) {
-        const ColumnChunk chunk = Chunk(i);
-        for (std::int32_t row = 0; row < chunk.fRows; ++row) {
-            if (chunk.IsValid(row)) {
-                codes.Code(chunk.fNumbers[static_cast<std::size_t>(row)]);
+        for (const double value : Numbers(i, buffer)) {
+            if (value != MCMV::gMissingValue) {
+                codes.Code(value);
+                if (static_cast<std::int64_t>(codes.Values().size()) > enough) {
+                    return enough + 1;
+                }
             }
         }
     }
     return static_cast<std::int64_t>(codes.Values().size());
 }
 
-bool Column::IsValid(std::int64_t row) const {
-    return Chunk(static_cast<std::int32_t>(row / kChunkRows))
-        .IsValid(static_cast<std::int32_t>(row % kChunkRows));
-}
+bool Column::IsValid(std::int64_t row) const { return Value(row) != KoltObs(MCMV::gMissingValue); }
 
 KoltObs Column::Value(std::int64_t row) const {
-    if (!IsValid(row)) {
-        return MCMV::gMissingValue;
-    }
-    const ColumnChunk chunk = Chunk(static_cast<std::int32_t>(row / kChunkRows));
+    const auto index = static_cast<std::int32_t>(row / kChunkRows);
     const auto at = static_cast<std::size_t>(row % kChunkRows);
-    if (fbNumeric) {
-        return chunk.fNumbers[at];
+    if (!fbCoded) {
+        return Numbers(index, OwnBuffer())[at];
     }
-    return fpCategories->Value(static_cast<std::int32_t>(chunk.fCodes[at]));
+    const std::uint32_t entry = std::visit(
+        [at](const auto entries) { return std::uint32_t{entries[at]}; }, Codes(index).GetEntries());
+    return entry == 0 ? KoltObs(MCMV::gMissingValue)
+                      : fpCategories->Value(static_cast<std::int32_t>(entry - 1));
 }
 
 }  // namespace embedded

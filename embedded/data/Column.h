@@ -3,12 +3,14 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <span>
 #include <string>
 #include <variant>
 #include <vector>
 
+#include "embedded/data/Cells.h"
 #include "host/Data.h"
 #include "host/Records.h"
 
@@ -17,33 +19,36 @@ namespace embedded {
 /// Rows of every chunk of a column but the last.
 inline constexpr std::int32_t kChunkRows = 65536;
 
-/// Codes of some rows in the narrowest unsigned integer that holds all codes of the column.
-using CodeVector =
-    std::variant<std::vector<std::uint8_t>, std::vector<std::uint16_t>, std::vector<std::uint32_t>>;
-
 /// A view of the codes of one chunk.
 class CodeSpan {
  public:
+    /// Entries: code + 1, and 0 where the row is system-missing.
+    using Entries = std::variant<std::span<const std::uint8_t>, std::span<const std::uint16_t>,
+                                 std::span<const std::uint32_t>>;
+
     CodeSpan() = default;
-    explicit CodeSpan(const CodeVector& codes);
+    explicit CodeSpan(Entries entries) : fEntries(entries) {}
 
     std::size_t Size() const;
-    /// The code of a row of the chunk. For loops over many rows, Visit is quicker.
+    /// The code of a row of the chunk, 0 where missing. For loops over many rows, entries are
+    /// quicker.
     std::uint32_t operator[](std::size_t row) const;
-    /// Calls the visitor with a std::span of const std::uint8_t, std::uint16_t or std::uint32_t.
-    template <class Visitor>
-    decltype(auto) Visit(Visitor&& visitor) const {
-        return std::visit(std::forward<Visitor>(visitor), fCodes);
-    }
+    const Entries& GetEntries() const { return fEntries; }
 
  private:
-    std::variant<std::span<const std::uint8_t>, std::span<const std::uint16_t>,
-                 std::span<const std::uint32_t>>
-        fCodes;
+    Entries fEntries;
+};
+
+/// Room for one chunk of a column that is not held as it is asked for. Each thread that reads has
+/// its own.
+struct ColumnBuffer {
+    Cells<double> fvNumbers;
+    CodeVector fCodes;
+    std::vector<std::uint64_t> fvValidity;
 };
 
 /// A view of consecutive rows of one column, counted within the chunk from 0. Valid until the next
-/// call of Column::Chunk for the same column.
+/// call of Column::Chunk for the same column or, if a buffer was given, the next use of the buffer.
 struct ColumnChunk {
     std::int64_t fFirstRow = 0;  // row of the data set, from 0
     std::int32_t fRows = 0;
@@ -61,15 +66,14 @@ struct ColumnChunk {
     }
 };
 
-/// The distinct valid values of a column in ascending order (numeric, else byte order), and the
-/// code of each row: its value's place in that order. User-missing values are values like any
-/// other.
+/// The distinct valid values of a column in ascending order (numeric, else byte order): a value's
+/// place is its code. User-missing values are values like any other.
 class ColumnCategories {
  public:
     /// Of a string column.
-    ColumnCategories(std::vector<std::string> values, std::vector<CodeVector> chunks);
+    explicit ColumnCategories(std::vector<std::string> values) : fvStrings(std::move(values)) {}
     /// Of a numeric column.
-    ColumnCategories(std::vector<double> values, std::vector<CodeVector> chunks);
+    explicit ColumnCategories(std::vector<double> values) : fvNumbers(std::move(values)) {}
 
     std::int32_t Count() const;
     /// The value behind a code from 0 to Count() - 1.
@@ -78,29 +82,31 @@ class ColumnCategories {
     const std::vector<std::string>& Strings() const { return fvStrings; }
     /// All values of a numeric column; empty for a string one.
     const std::vector<double>& Numbers() const { return fvNumbers; }
-    /// The codes of a chunk's rows; 0 where the row is system-missing.
-    CodeSpan Codes(std::int32_t chunk) const;
 
  private:
     std::vector<std::string> fvStrings;
     std::vector<double> fvNumbers;
-    std::vector<CodeVector> fvChunks;
 };
 
-/// Values of one variable for all rows. Holds numbers as doubles and strings as codes of their
-/// distinct values, in chunks of kChunkRows rows; immutable. One thread.
+/// Values of one variable for all rows, in chunks of kChunkRows rows; immutable. Strings and
+/// numbers of few distinct values are held as codes, other numbers as doubles, in memory or, beyond
+/// the budget, in its file. Reading with buffers of their own, threads may share a column; what is
+/// made on first use (Categories, Codes of numbers held as doubles) and what has no buffer is for
+/// one thread at a time and column. Reading throws DataError when the file cannot be read back.
 class Column {
  public:
-    /// Bits of one chunk's valid rows; empty when all are.
-    using Validity = std::vector<std::uint64_t>;
+    using CodeChunks = std::variant<std::vector<StoredCells<std::uint8_t>>,
+                                    std::vector<StoredCells<std::uint16_t>>,
+                                    std::vector<StoredCells<std::uint32_t>>>;
 
     /// A numeric column. Every chunk but the last has kChunkRows rows; missing rows hold
-    /// MCMV::gMissingValue.
-    static Column OfNumbers(std::vector<std::vector<double>> chunks,
-                            std::vector<Validity> validity);
-    /// A string column; values are distinct and in byte order.
-    static Column OfStrings(std::vector<std::string> values, std::vector<CodeVector> chunks,
-                            std::vector<Validity> validity);
+    /// MCMV::gMissingValue, and no row -0 or a value that is not finite.
+    static Column OfNumbers(std::vector<StoredCells<double>> chunks, std::int64_t validCount);
+    /// A numeric column; values are distinct and ascend, and each is in a row.
+    static Column OfCodes(std::vector<double> values, CodeChunks chunks, std::int64_t validCount);
+    /// A string column; values are distinct and in byte order, and each is in a row.
+    static Column OfCodes(std::vector<std::string> values, CodeChunks chunks,
+                          std::int64_t validCount);
 
     Column(Column&&) noexcept = default;
     Column& operator=(Column&&) noexcept = default;
@@ -110,13 +116,26 @@ class Column {
     /// Rows that are not system-missing.
     std::int64_t ValidCount() const { return fValidCount; }
 
-    std::int32_t ChunkCount() const { return static_cast<std::int32_t>(fvValidity.size()); }
-    ColumnChunk Chunk(std::int32_t index) const;
+    std::int32_t ChunkCount() const {
+        return static_cast<std::int32_t>((fRowCount + kChunkRows - 1) / kChunkRows);
+    }
+    ColumnChunk Chunk(std::int32_t index) const { return Chunk(index, OwnBuffer()); }
+    ColumnChunk Chunk(std::int32_t index, ColumnBuffer& buffer) const;
 
-    /// The categories; those of a numeric column are made on first use and kept.
+    /// Whether codes are what is held: true of every string column.
+    bool IsCoded() const { return fbCoded; }
+    /// The codes of a chunk's rows into Categories(), of a numeric column too.
+    CodeSpan Codes(std::int32_t index) const { return Codes(index, OwnBuffer()); }
+    CodeSpan Codes(std::int32_t index, ColumnBuffer& buffer) const;
+    /// What Chunk gives as fNumbers. REQUIRES: a numeric column.
+    std::span<const double> Numbers(std::int32_t index, ColumnBuffer& buffer) const;
+
+    /// The categories; those of a column that is not coded are made on first use and kept.
     const ColumnCategories& Categories() const;
-    /// Distinct valid values. Does not make categories.
-    std::int64_t DistinctCount() const;
+    /// Distinct valid values, or a number above `enough` when there are more than that. Does not
+    /// make categories.
+    std::int64_t DistinctCount(
+        std::int64_t enough = std::numeric_limits<std::int64_t>::max()) const;
 
     /// One row, for tests and messages: reading by chunks is much quicker.
     bool IsValid(std::int64_t row) const;
@@ -125,13 +144,18 @@ class Column {
 
  private:
     Column() = default;
+    std::size_t RowsOf(std::int32_t index) const;
+    ColumnBuffer& OwnBuffer() const;
+    void MakeCategories() const;
 
     bool fbNumeric = true;
+    bool fbCoded = false;
     std::int64_t fRowCount = 0;
     std::int64_t fValidCount = 0;
-    std::vector<std::vector<double>> fvNumbers;  // by chunk, numeric columns
-    std::vector<Validity> fvValidity;            // by chunk
+    std::vector<StoredCells<double>> fvNumbers;  // by chunk, unless coded
+    mutable CodeChunks fCodes;                   // by chunk, once there are categories
     mutable std::unique_ptr<ColumnCategories> fpCategories;
+    mutable std::unique_ptr<ColumnBuffer> fpBuffer;  // for those who bring none
 };
 
 }  // namespace embedded

@@ -5,6 +5,7 @@
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <span>
 #include <string>
 #include <variant>
@@ -24,6 +25,11 @@ using StoredCodes =
 // from 0 in row order and may be set in any order from any thread, each once; a part that is never
 // set has no rows. Joined, dictionaries are merged, and no row shows how the rows were parted.
 
+/// Makes numbers as they came out of a file what columns hold: NaN becomes missing; infinities and
+/// MCMV::gMissingValue too, which are counted (the first of the numbers is in row firstRow); -0
+/// becomes 0. Returns how many are missing.
+std::int64_t SettleNumbers(std::span<double> numbers, std::int64_t firstRow, Oddity& infinite);
+
 /// A numeric column from parts.
 class NumericParts {
  public:
@@ -34,10 +40,11 @@ class NumericParts {
     /// that fit into memory whole.
     NumericParts(const std::vector<std::int64_t>& partRows, std::shared_ptr<ColumnMemory> memory);
 
-    /// Only if the rows of all parts are known: room for rows of a part from `row` (of the part) on,
-    /// as many as its chunk has, but no more than the part has. Once every row of the part has been
-    /// written as SetNumbers wants it, the part is set.
+    /// Only if the rows of all parts are known: room for rows of a part from `row` (of the part)
+    /// on, as many as its chunk has, but no more than the part has.
     std::span<double> Room(std::int32_t part, std::int64_t row);
+    /// Every row of the part has been written as SettleNumbers leaves it; `missing` of them are.
+    void SetPlaced(std::int32_t part, std::int64_t missing);
 
     /// Numbers by row: finite, MCMV::gMissingValue where missing; -0 becomes 0.
     void SetNumbers(std::int32_t part, Cells<double> numbers);
@@ -56,6 +63,7 @@ class NumericParts {
  private:
     struct Part {
         std::int64_t fRows = 0;
+        std::int64_t fMissing = 0;
         bool fbPlaced = false;  // its rows are in fvPlaced
         StoredCells<double> fNumbers;
         bool fbCoded = false;
@@ -64,10 +72,9 @@ class NumericParts {
         Oddity fInfinite;
     };
     Part& At(std::int32_t part);
-    Cells<double>& Placed(std::int64_t chunk);
-    Column FinishCodes(std::vector<double> values, const std::vector<std::int64_t>& firstRows,
-                       std::int32_t threads);
-    Column FinishNumbers(const std::vector<std::int64_t>& firstRows, std::int32_t threads);
+    bool AreAllCoded() const;
+    std::optional<Column> FinishCodes(std::int32_t threads);
+    Column FinishNumbers(std::int32_t threads);
 
     std::shared_ptr<ColumnMemory> fpMemory;
     std::mutex fMutex;

@@ -2,117 +2,42 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <type_traits>
 #include <utility>
 
 #include "embedded/data/CellText.h"
+#include "embedded/data/ColumnAssembly.h"
 #include "embedded/data/Utf8.h"
 
 namespace embedded {
 namespace {
 
-// The same codes in a wider integer.
+// The same entries in a wider integer.
 template <class Wide>
 CodeVector Widened(const CodeVector& codes) {
     return std::visit(
-        [](const auto& list) -> CodeVector {
-            std::vector<Wide> wide;
-            wide.reserve(kChunkRows);
-            for (const auto code : list) {
-                wide.push_back(static_cast<Wide>(code));
-            }
+        [](const auto& list) {
+            Cells<Wide> wide(list.size());
+            std::transform(list.begin(), list.end(), wide.begin(),
+                           [](auto entry) { return static_cast<Wide>(entry); });
             return wide;
         },
         codes);
 }
 
-template <class Code>
-CodeVector Recoded(const CodeVector& codes, const std::vector<std::uint32_t>& newCodes) {
-    return std::visit(
-        [&newCodes](const auto& list) -> CodeVector {
-            std::vector<Code> result;
-            result.reserve(list.size());
-            for (const auto code : list) {
-                result.push_back(static_cast<Code>(code == 0 ? 0 : newCodes[code - 1U]));
-            }
-            return result;
-        },
-        codes);
-}
-
-constexpr std::size_t kByteCodes = std::numeric_limits<std::uint8_t>::max() + std::size_t{1};
-constexpr std::size_t kShortCodes = std::numeric_limits<std::uint16_t>::max() + std::size_t{1};
-
 }  // namespace
 
-void CodeChunks::Store(std::uint32_t entry) {
-    if (fRowsInLast == kChunkRows) {
-        fvChunks.emplace_back(std::vector<std::uint8_t>());
-        fRowsInLast = 0;
-    }
-    ++fRowsInLast;
-    CodeVector& chunk = fvChunks.back();
-    if (entry >= kByteCodes && std::holds_alternative<std::vector<std::uint8_t>>(chunk)) {
-        chunk = Widened<std::uint16_t>(chunk);
-    }
-    if (entry >= kShortCodes && std::holds_alternative<std::vector<std::uint16_t>>(chunk)) {
-        chunk = Widened<std::uint32_t>(chunk);
-    }
-    std::visit(
-        [entry](auto& list) {
-            list.push_back(static_cast<typename std::decay_t<decltype(list)>::value_type>(entry));
-        },
-        chunk);
-}
-
-std::vector<CodeVector> CodeChunks::Recode(const std::vector<std::uint32_t>& newCodes,
-                                           std::size_t count) && {
-    for (CodeVector& chunk : fvChunks) {
-        if (count <= kByteCodes) {
-            chunk = Recoded<std::uint8_t>(chunk, newCodes);
-        } else if (count <= kShortCodes) {
-            chunk = Recoded<std::uint16_t>(chunk, newCodes);
-        } else {
-            chunk = Recoded<std::uint32_t>(chunk, newCodes);
-        }
-    }
-    return std::move(fvChunks);
-}
-
-void ValidityChunks::Append(bool valid) {
-    const auto at = static_cast<std::size_t>(fRows % kChunkRows);
-    if (at == 0) {
-        fvChunks.emplace_back();
-    }
-    ++fRows;
-    Column::Validity& bits = fvChunks.back();
-    if (bits.empty()) {
-        if (valid) {
-            return;
-        }
-        // The first missing row of the chunk: all rows before it are valid.
-        bits.assign(kChunkRows / 64, 0);
-        std::fill_n(bits.begin(), at / 64, ~std::uint64_t{0});
-        bits[at / 64] = (std::uint64_t{1} << (at % 64)) - 1;
-        return;
-    }
-    if (valid) {
-        bits[at / 64] |= std::uint64_t{1} << (at % 64);
-    }
-}
-
-void NumericColumnBuilder::Store(double value, bool valid) {
-    if (Rows() % kChunkRows == 0) {
+void NumericColumnBuilder::Store(double value) {
+    if (fRows % kChunkRows == 0) {
         fvChunks.emplace_back();
     }
     fvChunks.back().push_back(value);
-    fValidity.Append(valid);
+    ++fRows;
 }
 
 void NumericColumnBuilder::Append(double value) {
     if (std::isfinite(value) && value != MCMV::gMissingValue) {
-        Store(value + 0.0, true);  // -0 becomes 0, so that equal values have equal bits
+        Store(value + 0.0);  // -0 becomes 0, so that equal values have equal bits
         return;
     }
     if (!std::isnan(value)) {
@@ -121,10 +46,10 @@ void NumericColumnBuilder::Append(double value) {
     AppendMissing();
 }
 
-void NumericColumnBuilder::AppendMissing() { Store(MCMV::gMissingValue, false); }
+void NumericColumnBuilder::AppendMissing() { Store(MCMV::gMissingValue); }
 
 void NumericColumnBuilder::Scale(double factor) {
-    for (std::vector<double>& chunk : fvChunks) {
+    for (Cells<double>& chunk : fvChunks) {
         for (double& value : chunk) {
             if (value != MCMV::gMissingValue) {
                 value *= factor;
@@ -133,11 +58,12 @@ void NumericColumnBuilder::Scale(double factor) {
     }
 }
 
-Column NumericColumnBuilder::Finish() && {
-    if (!fvChunks.empty()) {
-        fvChunks.back().shrink_to_fit();
+Column NumericColumnBuilder::Finish(std::shared_ptr<ColumnMemory> memory) && {
+    NumericParts parts(std::move(memory));
+    for (std::size_t chunk = 0; chunk < fvChunks.size(); ++chunk) {
+        parts.SetNumbers(static_cast<std::int32_t>(chunk), std::move(fvChunks[chunk]));
     }
-    return Column::OfNumbers(std::move(fvChunks), std::move(fValidity).Finish());
+    return parts.Finish(1);
 }
 
 StringColumnBuilder::Token StringColumnBuilder::Intern(std::string_view text) {
@@ -163,40 +89,38 @@ StringColumnBuilder::Token StringColumnBuilder::Intern(std::string_view text) {
 }
 
 void StringColumnBuilder::Append(Token token) {
-    if (token == kMissingToken) {
-        fCodes.AppendMissing();
-        fValidity.Append(false);
-        return;
+    std::uint32_t entry = 0;
+    if (token != kMissingToken) {
+        if (fvTexts[static_cast<std::size_t>(token)].fbReplaced) {
+            fUndecodable.Note(fRows);
+        }
+        entry = static_cast<std::uint32_t>(token) + 1;
     }
-    if (fvTexts[static_cast<std::size_t>(token)].fbReplaced) {
-        fUndecodable.Note(Rows());
+    ++fRows;
+    if (entry > 0xFF && std::holds_alternative<Cells<std::uint8_t>>(fCodes)) {
+        fCodes = Widened<std::uint16_t>(fCodes);
     }
-    fCodes.Append(static_cast<std::uint32_t>(token));
-    fValidity.Append(true);
+    if (entry > 0xFFFF && std::holds_alternative<Cells<std::uint16_t>>(fCodes)) {
+        fCodes = Widened<std::uint32_t>(fCodes);
+    }
+    std::visit(
+        [entry](auto& entries) {
+            entries.push_back(
+                static_cast<typename std::decay_t<decltype(entries)>::value_type>(entry));
+        },
+        fCodes);
 }
 
-Column StringColumnBuilder::Finish() && {
+Column StringColumnBuilder::Finish(std::shared_ptr<ColumnMemory> memory) && {
     fTokens.clear();
-    std::vector<std::uint32_t> order(fvTexts.size());
-    for (std::size_t i = 0; i < order.size(); ++i) {
-        order[i] = static_cast<std::uint32_t>(i);
-    }
-    std::sort(order.begin(), order.end(), [this](std::uint32_t a, std::uint32_t b) {
-        return fvTexts[a].fText < fvTexts[b].fText;
-    });
     std::vector<std::string> values;
-    values.reserve(order.size());
-    std::vector<std::uint32_t> rank(order.size());
-    for (const std::uint32_t token : order) {
-        // Different undecodable bytes may have become the same text, and so may trailing blanks.
-        if (values.empty() || values.back() != fvTexts[token].fText) {
-            values.push_back(std::move(fvTexts[token].fText));
-        }
-        rank[token] = static_cast<std::uint32_t>(values.size() - 1);
+    values.reserve(fvTexts.size());
+    for (Text& text : fvTexts) {
+        values.push_back(std::move(text.fText));
     }
-    const std::size_t count = values.size();
-    return Column::OfStrings(std::move(values), std::move(fCodes).Recode(rank, count),
-                             std::move(fValidity).Finish());
+    TextParts parts(nullptr, std::move(memory));
+    parts.SetCodes(0, std::move(values), std::move(fCodes));
+    return parts.Finish(1);
 }
 
 }  // namespace embedded

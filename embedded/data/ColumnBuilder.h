@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -22,35 +23,6 @@ struct TextHash {
     }
 };
 using TextSet = std::unordered_set<std::string, TextHash, std::equal_to<>>;
-
-/// Codes as they come, in chunks of kChunkRows, each chunk as narrow as its largest code allows.
-class CodeChunks {
- public:
-    void Append(std::uint32_t code) { Store(code + 1); }
-    void AppendMissing() { Store(0); }
-    /// The same rows with each code replaced by newCodes[code] and 0 for missing rows, all chunks
-    /// in the narrowest integer that holds codes below count.
-    std::vector<CodeVector> Recode(const std::vector<std::uint32_t>& newCodes,
-                                   std::size_t count) &&;
-
- private:
-    void Store(std::uint32_t entry);
-
-    std::vector<CodeVector> fvChunks;  // code + 1, 0 for missing rows
-    std::int32_t fRowsInLast = kChunkRows;
-};
-
-/// Validity bits as they come; a chunk without a missing row takes no memory.
-class ValidityChunks {
- public:
-    void Append(bool valid);
-    std::int64_t Rows() const { return fRows; }
-    std::vector<Column::Validity> Finish() && { return std::move(fvChunks); }
-
- private:
-    std::vector<Column::Validity> fvChunks;
-    std::int64_t fRows = 0;
-};
 
 /// How many values of a column share an oddity, and where the first is.
 struct Oddity {
@@ -72,15 +44,15 @@ class NumericColumnBuilder {
     /// Multiplies what has been appended so far, for a unit that turns out to be another.
     void Scale(double factor);
 
-    std::int64_t Rows() const { return fValidity.Rows(); }
+    std::int64_t Rows() const { return fRows; }
     const Oddity& Infinite() const { return fInfinite; }
-    Column Finish() &&;
+    Column Finish(std::shared_ptr<ColumnMemory> memory = nullptr) &&;
 
  private:
-    void Store(double value, bool valid);
+    void Store(double value);
 
-    std::vector<std::vector<double>> fvChunks;
-    ValidityChunks fValidity;
+    std::vector<Cells<double>> fvChunks;
+    std::int64_t fRows = 0;
     Oddity fInfinite;
 };
 
@@ -102,10 +74,10 @@ class StringColumnBuilder {
     void Append(std::string_view text) { Append(Intern(text)); }
     void AppendMissing() { Append(kMissingToken); }
 
-    std::int64_t Rows() const { return fValidity.Rows(); }
+    std::int64_t Rows() const { return fRows; }
     /// Rows whose text had bytes replaced.
     const Oddity& Undecodable() const { return fUndecodable; }
-    Column Finish() &&;
+    Column Finish(std::shared_ptr<ColumnMemory> memory = nullptr) &&;
 
  private:
     struct Text {
@@ -118,8 +90,8 @@ class StringColumnBuilder {
     std::string fLastText;  // columns repeat themselves: saves the look-up
     Token fLastToken = kMissingToken;
     bool fbHaveLast = false;
-    CodeChunks fCodes;
-    ValidityChunks fValidity;
+    CodeVector fCodes;
+    std::int64_t fRows = 0;
     Oddity fUndecodable;
 };
 

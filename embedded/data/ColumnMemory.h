@@ -35,6 +35,7 @@ class ColumnMemory {
 
  private:
     void OpenFile();
+    [[noreturn]] void Fail(const char* what, int error) const;
 
     std::int64_t fLimit;
     std::string fFolder;
