@@ -16,6 +16,8 @@ struct RecordLayout;  // embedded/cases/RecordLayout.h
 struct RunOptions {
     /// Told how far the reading of cases has come; may be null. Borrowed.
     ProgressListener* fpProgress = nullptr;
+    /// Threads for the columns of a block; 0: one a processor. No result depends on it.
+    std::int32_t fThreads = 0;
     /// Random numbers of every command begin with it.
     std::uint32_t fSeed = 2026;
     /// The folder for temporary files; empty: TMPDIR, else /tmp.

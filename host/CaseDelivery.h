@@ -3,9 +3,12 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
+#include "host/Blocks.h"
 #include "host/Data.h"
 #include "host/Records.h"
 
@@ -37,8 +40,8 @@ class UAVarValidSpecs {
     ~UAVarValidSpecs();  // deleted through the procedure's own subclass
 
  private:
-    std::vector<std::int32_t> fvIndices;  // by record column
-    std::vector<bool> fvCategorical;      // by record column
+    std::vector<std::int32_t> fvIndices;                  // by record column
+    std::unordered_map<std::int32_t, bool> fCategorical;  // by variable, as it came first
     std::int32_t fWeightColumn = -1;
     bool fbUserMissExclude;
 };
@@ -119,7 +122,11 @@ class UACaseValueReader {
 /// it, Next gives it and moves on, so that columns of a case are written between Current and Next.
 /// Several iterators over one adapter take turns, one pass under way at a time: NewPass of one ends
 /// the pass of another.
-class UAProcDataSourceIter : public MCCommon::MultiPassRecordIter {
+///
+/// NextBlock gives the records that as many calls of Next would have given, and leaves all as these
+/// would have left it; the two may take turns. Blocks end where the host's storage does.
+class UAProcDataSourceIter : public MCCommon::MultiPassRecordIter,
+                             public MCCommon::RecordBlockSource {
  public:
     /// startNow true begins the first pass at once, which is the first contact with the data.
     UAProcDataSourceIter(UAInputAdapter& adapter, bool startNow);
@@ -130,6 +137,10 @@ class UAProcDataSourceIter : public MCCommon::MultiPassRecordIter {
     /// The same. standOnFirst true: the pass stands on its first record at once, else when it is
     /// first asked for one. kITER_NO_NEW_PASS behind the last pass.
     std::int32_t NewPass(bool standOnFirst);
+    const MCCommon::RecordBlock* NextBlock(std::int32_t maxRows) override;
+    MCCommon::BlockExecutor* GetExecutor() override;
+    /// The cases of the file, from 0, whose records NextBlock gave last. Valid as long as these.
+    std::span<const std::int64_t> GetBlockCases() const;
     /// Ends the pass. Does nothing without one. Where it ends the first pass before the last case,
     /// later passes end there too: the adapter knows no case behind it.
     void StopPass();
@@ -137,7 +148,8 @@ class UAProcDataSourceIter : public MCCommon::MultiPassRecordIter {
     const MCCommon::Record* Current() const;
     /// No pass over the adapter follows this one.
     void SetLastPass();
-    /// The writer of new columns, for the case that the pass stands on. Borrowed.
+    /// The writer of new columns, for the case that the pass stands on; as a BlockColumnWriter, for
+    /// the records that NextBlock gave last. Borrowed from the adapter.
     KOLT_InputCaseIterator* GetProcDS() const;
 
  protected:

@@ -39,6 +39,10 @@ bool NaiveDataSourceIter::PreprocessCase() {
     } else {
         fbIsTrainCase = true;
     }
+    if (fTrainSampVar >= 0 || fTrainSampProp > 0.0) {
+        fvTrainCases.resize(static_cast<std::size_t>(fAdapter.GetCaseCount()));
+        fvTrainCases.back() = fbIsTrainCase;
+    }
     if (fAdapter.GetDataPassCount() == 0 && !fpCaseReader->UpdateValid()) return false;
     return fbIsTrainCase ? fbNeedTrainData : fbNeedTestData;
 }

@@ -26,6 +26,10 @@ class NaiveDataSourceIter final : public UAProcDataSourceIter {
 
     /// Whether the case that the pass stands on is a training case.
     bool IsTrainCase() const { return fbIsTrainCase; }
+    /// The same of a case of the file, from 0, that this pass has read. See GetBlockCases.
+    bool IsTrainCase(std::int64_t number) const {
+        return fvTrainCases.empty() || fvTrainCases[static_cast<std::size_t>(number)];
+    }
 
  protected:
     bool PreprocessCase() override;
@@ -42,6 +46,7 @@ class NaiveDataSourceIter final : public UAProcDataSourceIter {
     bool fbNeedTrainData;
     bool fbNeedTestData;
     bool fbIsTrainCase = true;
+    std::vector<bool> fvTrainCases;  // of the pass, by case; empty where all are training cases
 };
 
 #endif  // PREDSEL_BACKEND_NAIVEDATASOURCEITER_H

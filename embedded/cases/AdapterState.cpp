@@ -1,8 +1,11 @@
 #include "embedded/cases/AdapterState.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <limits>
 #include <map>
+#include <type_traits>
 
 #include "embedded/HostSession.h"
 #include "embedded/data/NewColumns.h"
@@ -12,34 +15,57 @@
 namespace embedded {
 namespace {
 
-bool IsUserMissingNumber(const KoltMissingSpec& spec, double value) {
-    if (spec.fbRange && value >= spec.fLow && value <= spec.fHigh) return true;
-    return std::any_of(spec.fvDiscrete.begin(), spec.fvDiscrete.end(), [value](const KoltObs& obs) {
-        const double* number = std::get_if<double>(&obs);
-        return number && *number == value;
-    });
-}
-
 // Weights above 0 by row, and whether one of them is no whole number.
 std::vector<bool> ValidWeights(const DataSet& data, std::int32_t variable, bool& fractional) {
     std::vector<bool> valid(static_cast<std::size_t>(data.RowCount()));
     // A user-missing weight is no weight, whatever the command says of user-missing values.
     RecordColumn weights(data, variable, false, true);
-    const Column& column = data.GetColumn(variable);
-    for (std::int32_t chunk = 0; chunk < column.ChunkCount(); ++chunk) {
-        const ColumnChunk rows = column.Chunk(chunk);
-        weights.Open(chunk);
-        for (std::int32_t row = 0; row < rows.fRows; ++row) {
-            const double weight = weights.Value(row);
-            if (!(weight > 0.0)) continue;  // the missing value is negative
-            valid[static_cast<std::size_t>(rows.fFirstRow + row)] = true;
-            fractional = fractional || weight != std::floor(weight);
-        }
+    for (std::size_t row = 0; row < valid.size(); ++row) {
+        const std::size_t inChunk = row % kChunkRows;
+        if (inChunk == 0) weights.Open(static_cast<std::int32_t>(row / kChunkRows));
+        const double weight = weights.Value(static_cast<std::int32_t>(inChunk));
+        if (!(weight > 0.0)) continue;  // the missing value is negative
+        valid[row] = true;
+        fractional = fractional || weight != std::floor(weight);
     }
     return valid;
 }
 
+// Smallest and largest value; the missing value where there is none but missing ones. Several of
+// each, for the processor to work on at a time.
+std::pair<double, double> RangeOf(std::span<const double> numbers) {
+    constexpr std::size_t kLanes = 8;
+    constexpr double kNone = std::numeric_limits<double>::infinity();
+    std::array<double, kLanes> low;
+    std::array<double, kLanes> high;
+    low.fill(kNone);
+    high.fill(MCMV::gMissingValue);  // below every other value
+    const std::size_t even = numbers.size() - numbers.size() % kLanes;
+    const auto take = [&](std::size_t lane, double value) {
+        const double lower = value == MCMV::gMissingValue ? kNone : value;
+        low[lane] = lower < low[lane] ? lower : low[lane];
+        high[lane] = value > high[lane] ? value : high[lane];
+    };
+    for (std::size_t at = 0; at < even; at += kLanes) {
+        for (std::size_t lane = 0; lane < kLanes; ++lane) take(lane, numbers[at + lane]);
+    }
+    for (std::size_t at = even; at < numbers.size(); ++at) take(0, numbers[at]);
+    const double least = *std::min_element(low.begin(), low.end());
+    const double most = *std::max_element(high.begin(), high.end());
+    return {least == kNone ? MCMV::gMissingValue : least, most};
+}
+
 }  // namespace
+
+MissingNumbers::MissingNumbers(const KoltMissingSpec& spec) {
+    if (spec.fbRange) {
+        fLow = spec.fLow;
+        fHigh = spec.fHigh;
+    }
+    for (const KoltObs& obs : spec.fvDiscrete) {
+        if (const double* number = std::get_if<double>(&obs)) fvDiscrete.push_back(*number);
+    }
+}
 
 RecordColumn::RecordColumn(const DataSet& data, std::int32_t variable, bool isCategorical,
                            bool userMissExclude)
@@ -96,7 +122,7 @@ RecordColumn::RecordColumn(const DataSet& data, std::int32_t variable,
 }
 
 void RecordColumn::HoldAgainst(const KoltMissingSpec& spec) {
-    if (spec.fbRange || !spec.fvDiscrete.empty()) fvMissing.push_back(spec);
+    if (spec.fbRange || !spec.fvDiscrete.empty()) fvMissing.emplace_back(spec);
 }
 
 void RecordColumn::AssignCodes(const std::vector<bool>& keep) {
@@ -108,41 +134,54 @@ void RecordColumn::AssignCodes(const std::vector<bool>& keep) {
         fvCategories.push_back(static_cast<std::int32_t>(category));
     }
     fvMet.assign(fvCategories.size(), false);
+    fvEntries.clear();
 }
 
 void RecordColumn::KeepCategoriesOf(const std::vector<bool>& rows) {
     if (!fbCategorical) return;
     std::vector<bool> keep(fvCodes.size(), false);
-    for (std::int32_t chunk = 0; chunk < fpColumn->ChunkCount(); ++chunk) {
-        const ColumnChunk view = fpColumn->Chunk(chunk);
-        const CodeSpan codes = fpColumn->Categories().Codes(chunk);
-        for (std::int32_t row = 0; row < view.fRows; ++row) {
-            if (!rows[static_cast<std::size_t>(view.fFirstRow + row)] || !view.IsValid(row)) {
-                continue;
+    std::size_t toFind = fvCategories.size();
+    ColumnBuffer buffer;
+    std::size_t row = 0;
+    for (std::int32_t chunk = 0; chunk < fpColumn->ChunkCount() && toFind > 0; ++chunk) {
+        const auto find = [&](const auto entries) {
+            for (const std::size_t entry : entries) {
+                if (!rows[row++] || entry == 0 || keep[entry - 1] || fvCodes[entry - 1] < 0) {
+                    continue;
+                }
+                keep[entry - 1] = true;
+                if (--toFind == 0) return;
             }
-            const std::size_t category = codes[static_cast<std::size_t>(row)];
-            keep[category] = fvCodes[category] >= 0;
-        }
+        };
+        std::visit(find, fpColumn->Codes(chunk, buffer).GetEntries());
     }
     AssignCodes(keep);
 }
 
 void RecordColumn::Open(std::int32_t chunk) {
-    fChunk = fpColumn->Chunk(chunk);
-    if (fbCategorical) fChunkCodes = fpColumn->Categories().Codes(chunk);
+    fBuffer = 1 - fBuffer;
+    if (fbCategorical) {
+        fChunkCodes = fpColumn->Codes(chunk, fBuffers[fBuffer]);
+    } else if (fpColumn->IsNumeric()) {
+        fChunkNumbers = fpColumn->Numbers(chunk, fBuffers[fBuffer]);
+    }
 }
 
-double RecordColumn::CodeValue(std::int32_t row) const {
-    if (!fChunk.IsValid(row)) return -1.0;
-    return std::max(kMissing, fvCodes[fChunkCodes[static_cast<std::size_t>(row)]]);
+std::int32_t RecordColumn::Code(std::int32_t row) const {
+    return std::visit(
+        [&](const auto entries) {
+            const std::size_t entry = entries[static_cast<std::size_t>(row)];
+            return entry == 0 ? kMissing : fvCodes[entry - 1];
+        },
+        fChunkCodes.GetEntries());
 }
 
 // A string read as a number has none: every case is missing.
 double RecordColumn::Number(std::int32_t row) const {
     if (!fpColumn->IsNumeric()) return MCMV::gMissingValue;
-    const double value = fChunk.fNumbers[static_cast<std::size_t>(row)];
-    for (const KoltMissingSpec& spec : fvMissing) {
-        if (IsUserMissingNumber(spec, value)) return MCMV::gMissingValue;
+    const double value = fChunkNumbers[static_cast<std::size_t>(row)];
+    for (const MissingNumbers& missing : fvMissing) {
+        if (missing.Contain(value)) return MCMV::gMissingValue;
     }
     return value;
 }
@@ -167,6 +206,7 @@ void RecordColumn::EndLearning() {
         fvCodes[static_cast<std::size_t>(fvCategories[code])] = kUnknown;
         fbSomeUnknown = true;
     }
+    fvEntries.clear();
 }
 
 void RecordColumn::Reorder(bool ascending) {
@@ -182,6 +222,107 @@ void RecordColumn::Reorder(bool ascending) {
     }
     fvMet.assign(met.size(), true);
     fvCategories = std::move(met);
+    fvEntries.clear();
+}
+
+void RecordColumn::SettleEntries() {
+    if (!fvEntries.empty()) return;
+    fvEntries.reserve(fvCodes.size() + 1);
+    fvEntries.push_back(0);
+    fbSameEntries = true;
+    for (const std::int32_t code : fvCodes) {
+        const auto entry = static_cast<std::uint32_t>(std::max(kMissing, code) + 1);
+        fbSameEntries = fbSameEntries && entry == fvEntries.size();
+        fvEntries.push_back(entry);
+    }
+}
+
+template <class Entry>
+MCCommon::BlockColumn RecordColumn::CodeBlock(const ChunkRows& rows, Cells<Entry>& buffer) const {
+    buffer.resize(rows.Count());
+    std::visit(
+        [&](const auto entries) {
+            if (rows.IsDense()) {
+                const auto held = entries.subspan(rows[0], rows.Count());
+                std::transform(held.begin(), held.end(), buffer.begin(), [this](std::size_t entry) {
+                    return static_cast<Entry>(fvEntries[entry]);
+                });
+                return;
+            }
+            for (std::size_t i = 0; i < rows.Count(); ++i) {
+                buffer[i] = static_cast<Entry>(fvEntries[std::size_t{entries[rows[i]]}]);
+            }
+        },
+        fChunkCodes.GetEntries());
+    return {std::span<const Entry>(buffer), static_cast<std::uint32_t>(fvCategories.size() + 1)};
+}
+
+MCCommon::BlockColumn RecordColumn::NumberBlock(const ChunkRows& rows) {
+    if (fpColumn->IsNumeric() && fvMissing.empty() && rows.IsDense()) {
+        return {fChunkNumbers.subspan(rows[0], rows.Count())};
+    }
+    fvBlockNumbers.resize(rows.Count());
+    for (std::size_t i = 0; i < rows.Count(); ++i) {
+        fvBlockNumbers[i] = Number(static_cast<std::int32_t>(rows[i]));
+    }
+    return {std::span<const double>(fvBlockNumbers)};
+}
+
+MCCommon::BlockColumn RecordColumn::Block(const ChunkRows& rows) {
+    if (!fbCategorical) return NumberBlock(rows);
+    SettleEntries();
+    const std::size_t entryEnd = fvCategories.size() + 1;
+    if (fbSameEntries && rows.IsDense()) {
+        return std::visit(
+            [&](const auto entries) {
+                return MCCommon::BlockColumn{entries.subspan(rows[0], rows.Count()),
+                                             static_cast<std::uint32_t>(entryEnd)};
+            },
+            fChunkCodes.GetEntries());
+    }
+    if (entryEnd - 1 <= std::numeric_limits<std::uint8_t>::max()) {
+        return CodeBlock(rows, Room<std::uint8_t>());
+    }
+    if (entryEnd - 1 <= std::numeric_limits<std::uint16_t>::max()) {
+        return CodeBlock(rows, Room<std::uint16_t>());
+    }
+    return CodeBlock(rows, Room<std::uint32_t>());
+}
+
+template <class Entry>
+Cells<Entry>& RecordColumn::Room() {
+    if (!std::holds_alternative<Cells<Entry>>(fBlockCodes)) fBlockCodes = Cells<Entry>();
+    return std::get<Cells<Entry>>(fBlockCodes);
+}
+
+void RecordColumn::LearnBlock(const MCCommon::BlockColumn& block) {
+    std::visit(
+        [this](const auto values) {
+            using Value = std::remove_const_t<typename decltype(values)::element_type>;
+            if constexpr (std::is_same_v<Value, double>) {
+                const auto [low, high] = RangeOf(values);
+                Learn(low);
+                Learn(high);
+            } else {
+                // Mostly all has been met in the first block.
+                if (fMetCount == static_cast<std::int32_t>(fvMet.size())) return;
+                std::vector<std::uint8_t> met(fvMet.size() + 1);
+                for (const Value entry : values) met[entry] = 1;
+                for (std::size_t code = 0; code < fvMet.size(); ++code) {
+                    if (met[code + 1] != 0) Learn(static_cast<double>(code));
+                }
+            }
+        },
+        block.fValues);
+}
+
+std::vector<std::int64_t> RecordColumn::UnknownCases(const ChunkRows& rows) const {
+    std::vector<std::int64_t> cases;
+    if (!fbSomeUnknown) return cases;
+    for (std::size_t i = 0; i < rows.Count(); ++i) {
+        if (IsUnknown(static_cast<std::int32_t>(rows[i]))) cases.push_back(rows.Cases()[i]);
+    }
+    return cases;
 }
 
 std::vector<KoltObs> RecordColumn::Values() const {
@@ -201,8 +342,13 @@ bool RecordColumn::Decode(std::int32_t code, KoltObs& valueOut) const {
 double CaseReader::GetNumericValue(std::int32_t index) const {
     const Column& column = fData.GetColumn(index);
     if (!column.IsNumeric()) return MCMV::gMissingValue;
-    const ColumnChunk chunk = column.Chunk(static_cast<std::int32_t>(fRow / kChunkRows));
-    return chunk.fNumbers[static_cast<std::size_t>(fRow % kChunkRows)];
+    OpenNumbers& open = fNumbers[index];
+    const std::int64_t chunk = fRow / kChunkRows;
+    if (chunk != open.fChunk) {
+        open.fNumbers = column.Numbers(static_cast<std::int32_t>(chunk), open.fBuffer);
+        open.fChunk = chunk;
+    }
+    return open.fNumbers[static_cast<std::size_t>(fRow % kChunkRows)];
 }
 
 void CaseReader::SetColumnValue(std::int32_t column, double value) {
@@ -213,18 +359,39 @@ void CaseReader::SetColumnValue(std::int32_t column, const std::string& text, st
     HostSession::Active().New().Set(column, fRow, text, type);
 }
 
+void CaseReader::SetColumnValues(std::int32_t column, std::span<const double> values) {
+    PREDSEL_ASSERT(values.size() == fBlock.size(), "one value a record of the block");
+    NewColumns& columns = HostSession::Active().New();
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        if (values[i] != MCMV::gMissingValue) columns.Set(column, fBlock[i], values[i]);
+    }
+}
+
+void CaseReader::SetColumnTexts(std::int32_t column, std::span<const std::int32_t> places,
+                                const std::vector<std::string>& texts, std::int32_t type) {
+    PREDSEL_ASSERT(places.size() == fBlock.size(), "one text a record of the block");
+    NewColumns& columns = HostSession::Active().New();
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        if (places[i] < 0) continue;
+        columns.Set(column, fBlock[i], texts[static_cast<std::size_t>(places[i])], type);
+    }
+}
+
 }  // namespace embedded
 
 UAAdapterState::UAAdapterState(const UAVarValidSpecs& specs, const embedded::DataSet& data)
     : fData(data),
       fRowEnd(data.RowCount()),
+      fExecutor(embedded::HostSession::Active().Options().fThreads),
       fReader(data),
       fWeightColumn(specs.GetWeightColumn()),
       fbUserMissExclude(specs.GetUserMissExclude()) {
     const std::int32_t columns = specs.GetNRecordVars();
     fvColumns.reserve(static_cast<std::size_t>(columns));
+    PrepareCategories(specs);
     for (std::int32_t column = 0; column < columns; ++column) {
         const std::int32_t variable = specs.GetKOLTVarIndex(column);
+        fColumnOf.emplace(variable, fvColumns.size());
         fvColumns.emplace_back(data, variable, specs.GetKOLTCatVar(variable), fbUserMissExclude);
     }
     fvUnknownRows.resize(fvColumns.size());
@@ -234,17 +401,71 @@ UAAdapterState::UAAdapterState(const UAVarValidSpecs& specs, const embedded::Dat
     bool fractional = false;
     fvValidCases = embedded::ValidWeights(data, specs.GetKOLTVarIndex(fWeightColumn), fractional);
     session.Report().fbFractionalWeights = fractional;
-    for (embedded::RecordColumn& column : fvColumns) column.KeepCategoriesOf(fvValidCases);
+    RunByColumn(data.RowCount(),
+                [this](std::size_t column) { fvColumns[column].KeepCategoriesOf(fvValidCases); });
+}
+
+// Side by side what the columns would make one after the other when they are first asked.
+void UAAdapterState::PrepareCategories(const UAVarValidSpecs& specs) {
+    std::vector<std::int32_t> variables;
+    for (std::int32_t column = 0; column < specs.GetNRecordVars(); ++column) {
+        const std::int32_t variable = specs.GetKOLTVarIndex(column);
+        if (specs.GetKOLTCatVar(variable)) variables.push_back(variable);
+    }
+    std::sort(variables.begin(), variables.end());
+    variables.erase(std::unique(variables.begin(), variables.end()), variables.end());
+    fExecutor.Run(static_cast<std::int32_t>(variables.size()), [&](std::int32_t i) {
+        fData.GetColumn(variables[static_cast<std::size_t>(i)]).Categories();
+    });
+}
+
+// Side by side where there is more to do than threads cost.
+void UAAdapterState::RunByColumn(std::int64_t rows, const std::function<void(std::size_t)>& task) {
+    constexpr std::int64_t kManyValues = 1 << 18;
+    constexpr std::size_t kTasksPerThread = 4;
+    const std::size_t columns = fvColumns.size();
+    const bool many = rows * static_cast<std::int64_t>(columns) >= kManyValues;
+    const std::size_t tasks =
+        many ? std::min(columns, kTasksPerThread * static_cast<std::size_t>(fExecutor.Threads()))
+             : 1;
+    fExecutor.Run(static_cast<std::int32_t>(tasks), [&](std::int32_t number) {
+        const auto part = static_cast<std::size_t>(number);
+        const std::size_t end = columns * (part + 1) / tasks;
+        for (std::size_t column = columns * part / tasks; column < end; ++column) task(column);
+    });
+}
+
+void UAAdapterState::OpenChunk(std::int32_t chunk) {
+    RunByColumn(std::min<std::int64_t>(embedded::kChunkRows, fData.RowCount()),
+                [&](std::size_t column) { fvColumns[column].Open(chunk); });
+}
+
+void UAAdapterState::MakeBlock(const embedded::ChunkRows& rows, MCCommon::RecordBlock& block) {
+    block.fRows = static_cast<std::int32_t>(rows.Count());
+    block.fvColumns.resize(fvColumns.size());
+    std::vector<std::vector<std::int64_t>> unknown(fvColumns.size());
+    const bool learning = fPassesEnded == 0;
+    RunByColumn(block.fRows, [&](std::size_t i) {
+        embedded::RecordColumn& column = fvColumns[i];
+        block.fvColumns[i] = column.Block(rows);
+        if (learning) {
+            column.LearnBlock(block.fvColumns[i]);
+        } else {
+            unknown[i] = column.UnknownCases(rows);
+        }
+    });
+    for (std::size_t i = 0; i < unknown.size(); ++i) {
+        for (const std::int64_t row : unknown[i]) NoteUnknown(i, row);
+    }
+    fReader.SetBlock(rows.Cases());
 }
 
 UAAdapterState::~UAAdapterState() { embedded::HostSession::Active().SetAdapter(nullptr); }
 
 embedded::RecordColumn& UAAdapterState::ColumnOf(std::int32_t variable) {
-    const auto found =
-        std::find_if(fvColumns.begin(), fvColumns.end(),
-                     [variable](const auto& column) { return column.Variable() == variable; });
-    PREDSEL_ASSERT(found != fvColumns.end(), "the variable is registered");
-    return *found;
+    const auto found = fColumnOf.find(variable);
+    PREDSEL_ASSERT(found != fColumnOf.end(), "the variable is registered");
+    return fvColumns[found->second];
 }
 
 const embedded::RecordColumn& UAAdapterState::ColumnOf(std::int32_t variable) const {

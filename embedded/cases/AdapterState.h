@@ -1,14 +1,61 @@
 #ifndef PREDSEL_EMBEDDED_CASES_ADAPTERSTATE_H
 #define PREDSEL_EMBEDDED_CASES_ADAPTERSTATE_H
 
+#include <algorithm>
 #include <cstdint>
+#include <functional>
+#include <limits>
+#include <map>
+#include <span>
+#include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "embedded/cases/RecordLayout.h"
+#include "embedded/cases/TaskExecutor.h"
 #include "embedded/data/DataSet.h"
+#include "host/BlockWriting.h"
+#include "host/Blocks.h"
 #include "host/CaseDelivery.h"
 
 namespace embedded {
+
+/// User-missing numbers.
+struct MissingNumbers {
+    explicit MissingNumbers(const KoltMissingSpec& spec);
+    bool Contain(double value) const {
+        if (value >= fLow && value <= fHigh) return true;
+        return std::find(fvDiscrete.begin(), fvDiscrete.end(), value) != fvDiscrete.end();
+    }
+
+    double fLow = std::numeric_limits<double>::infinity();  // without a range nothing is in it
+    double fHigh = -std::numeric_limits<double>::infinity();
+    std::vector<double> fvDiscrete;
+};
+
+/// Some rows of the open chunk, in ascending order.
+class ChunkRows {
+ public:
+    /// Cases of the data set, all of the chunk that begins at firstRow, at least one. Borrowed.
+    ChunkRows(std::span<const std::int64_t> cases, std::int64_t firstRow)
+        : fCases(cases), fFirstRow(firstRow) {}
+
+    std::size_t Count() const { return fCases.size(); }
+    /// Rows of the data set.
+    std::span<const std::int64_t> Cases() const { return fCases; }
+    /// Row of the chunk.
+    std::size_t operator[](std::size_t place) const {
+        return static_cast<std::size_t>(fCases[place] - fFirstRow);
+    }
+    /// True when none is left out between the first and the last.
+    bool IsDense() const {
+        return fCases.back() - fCases.front() + 1 == static_cast<std::int64_t>(fCases.size());
+    }
+
+ private:
+    std::span<const std::int64_t> fCases;
+    std::int64_t fFirstRow;
+};
 
 /// How one column of a record is made from a column of the data set. Holds what the first pass
 /// learns of it.
@@ -23,15 +70,21 @@ class RecordColumn {
 
     std::int32_t Variable() const { return fVariable; }
     bool IsCategorical() const { return fbCategorical; }
-    /// Opens a chunk; the values below are those of its rows.
+    /// Opens a chunk; the values below are those of its rows. A block of the chunk that was open
+    /// before stays valid until a further one is opened.
     void Open(std::int32_t chunk);
     /// The record's value for a row of the open chunk: a code or -1, a number or the missing value.
     double Value(std::int32_t row) const { return fbCategorical ? CodeValue(row) : Number(row); }
     /// True when the row of the open chunk has a value, but none that has a code.
-    bool IsUnknown(std::int32_t row) const {
-        return fbSomeUnknown && fChunk.IsValid(row) &&
-               fvCodes[fChunkCodes[static_cast<std::size_t>(row)]] == kUnknown;
-    }
+    bool IsUnknown(std::int32_t row) const { return fbSomeUnknown && Code(row) == kUnknown; }
+
+    /// The column of a block of these rows of the open chunk. Valid until the next one, and as long
+    /// as the data set.
+    MCCommon::BlockColumn Block(const ChunkRows& rows);
+    /// As Learn, of all rows of a block.
+    void LearnBlock(const MCCommon::BlockColumn& block);
+    /// The cases among these rows for which IsUnknown is true.
+    std::vector<std::int64_t> UnknownCases(const ChunkRows& rows) const;
 
     /// Drops the categories that none of these rows of the data set holds; codes close up.
     /// rows has one bit a row of the data set.
@@ -57,9 +110,16 @@ class RecordColumn {
     static constexpr std::int32_t kMissing = -1;
     static constexpr std::int32_t kUnknown = -2;
 
-    double CodeValue(std::int32_t row) const;
+    std::int32_t Code(std::int32_t row) const;
+    double CodeValue(std::int32_t row) const { return std::max(kMissing, Code(row)); }
     double Number(std::int32_t row) const;
     void AssignCodes(const std::vector<bool>& keep);
+    void SettleEntries();
+    template <class Entry>
+    MCCommon::BlockColumn CodeBlock(const ChunkRows& rows, Cells<Entry>& buffer) const;
+    template <class Entry>
+    Cells<Entry>& Room();
+    MCCommon::BlockColumn NumberBlock(const ChunkRows& rows);
     void HoldAgainst(const KoltMissingSpec& spec);
 
     const Column* fpColumn;
@@ -70,27 +130,49 @@ class RecordColumn {
     std::vector<bool> fvMet;                 // by the record's code
     std::int32_t fMetCount = 0;
     bool fbSomeUnknown = false;
-    std::vector<KoltMissingSpec> fvMissing;  // what a number has to be held against
+    std::vector<MissingNumbers> fvMissing;  // what a number has to be held against
     double fMin = MCMV::gMissingValue;
     double fMax = MCMV::gMissingValue;
-    ColumnChunk fChunk;
-    CodeSpan fChunkCodes;
+    CodeSpan fChunkCodes;  // of the open chunk
+    std::span<const double> fChunkNumbers;
+    ColumnBuffer fBuffers[2];  // of the open chunk and the one before
+    std::size_t fBuffer = 0;   // the open chunk's
+
+    // Blocks. What a row of the open chunk holds, 0 where it is missing and its category + 1
+    // elsewhere, has its entry of a block here; empty until it is asked for.
+    std::vector<std::uint32_t> fvEntries;
+    bool fbSameEntries = false;  // every entry stands at its own place
+    CodeVector fBlockCodes;
+    Cells<double> fvBlockNumbers;
 };
 
-/// The case that a pass stands on, as the procedure may read and write it.
-class CaseReader final : public KOLT_InputCaseIterator {
+/// The case that a pass stands on, as the procedure may read and write it, and the cases of the
+/// block that was given last.
+class CaseReader final : public KOLT_InputCaseIterator, public BlockColumnWriter {
  public:
     explicit CaseReader(const DataSet& data) : fData(data) {}
     void MoveTo(std::int64_t row) { fRow = row; }
     std::int64_t Row() const { return fRow; }
+    /// Cases of a block. Borrowed.
+    void SetBlock(std::span<const std::int64_t> cases) { fBlock = cases; }
 
     double GetNumericValue(std::int32_t index) const override;
     void SetColumnValue(std::int32_t column, double value) override;
     void SetColumnValue(std::int32_t column, const std::string& text, std::int32_t type) override;
+    void SetColumnValues(std::int32_t column, std::span<const double> values) override;
+    void SetColumnTexts(std::int32_t column, std::span<const std::int32_t> places,
+                        const std::vector<std::string>& texts, std::int32_t type) override;
 
  private:
+    struct OpenNumbers {
+        std::int64_t fChunk = -1;
+        std::span<const double> fNumbers;
+        ColumnBuffer fBuffer;
+    };
     const DataSet& fData;
     std::int64_t fRow = -1;
+    std::span<const std::int64_t> fBlock;
+    mutable std::map<std::int32_t, OpenNumbers> fNumbers;  // by variable that has been asked for
 };
 
 }  // namespace embedded
@@ -121,6 +203,11 @@ struct UAAdapterState {
     void BreakOffPass();
     /// Tells the session of a case whose value in this record column is unknown.
     void NoteUnknown(std::size_t column, std::int64_t row);
+    /// Opens a chunk of all columns.
+    void OpenChunk(std::int32_t chunk);
+    /// Makes the block of these rows of the open chunk, and learns of it or notes what is unknown,
+    /// as the pass demands.
+    void MakeBlock(const embedded::ChunkRows& rows, MCCommon::RecordBlock& block);
 
     embedded::RecordLayout Layout() const;
 
@@ -132,9 +219,14 @@ struct UAAdapterState {
     std::int64_t fCasesRead = 0;       // of the pass that is under way, else of the last one
     const void* fpUnderWay = nullptr;  // whose pass it is
     bool fbLastPass = false;
+    embedded::TaskExecutor fExecutor;
 
  private:
+    void PrepareCategories(const UAVarValidSpecs& specs);
+    void RunByColumn(std::int64_t rows, const std::function<void(std::size_t)>& task);
+
     embedded::CaseReader fReader;
+    std::unordered_map<std::int32_t, std::size_t> fColumnOf;  // the first one of each variable
     std::int32_t fWeightColumn;
     bool fbUserMissExclude;
     std::vector<std::vector<bool>> fvUnknownRows;  // by record column; empty until one is met

@@ -19,7 +19,7 @@ UAVarValidSpecs::~UAVarValidSpecs() = default;
 
 std::int32_t UAVarValidSpecs::AddVariable(std::int32_t index, bool isCategorical) {
     fvIndices.push_back(index);
-    fvCategorical.push_back(isCategorical);
+    fCategorical.emplace(index, isCategorical);
     return GetNRecordVars() - 1;
 }
 
@@ -43,9 +43,8 @@ std::int32_t UAVarValidSpecs::GetNRecordVars() const {
 }
 
 bool UAVarValidSpecs::GetKOLTCatVar(std::int32_t index) const {
-    const auto found = std::find(fvIndices.begin(), fvIndices.end(), index);
-    return found != fvIndices.end() &&
-           fvCategorical[static_cast<std::size_t>(found - fvIndices.begin())];
+    const auto found = fCategorical.find(index);
+    return found != fCategorical.end() && found->second;
 }
 
 std::int32_t UAVarValidSpecs::GetKOLTVarIndex(std::int32_t column) const {
@@ -170,12 +169,20 @@ struct UAProcDataSourceIter::Impl {
         fStart = std::chrono::steady_clock::now();
     }
 
+    // The columns of a chunk are opened when it gives a record: a block of the chunk before stays
+    // valid until then.
     void OpenChunkOf(std::int64_t row) {
         const auto chunk = static_cast<std::int32_t>(row / embedded::kChunkRows);
         if (chunk == fChunk) return;
         fChunk = chunk;
-        for (embedded::RecordColumn& column : fState.fvColumns) column.Open(chunk);
-        ReportProgress(row);
+        fState.OpenChunk(chunk);
+    }
+
+    // To the next case, which counts as read.
+    void MoveTo(std::int64_t row) {
+        fState.Reader()->MoveTo(row);
+        ++fState.fCasesRead;
+        if (row % embedded::kChunkRows == 0) ReportProgress(row);
     }
 
     void ReportProgress(std::int64_t row) const {
@@ -192,6 +199,7 @@ struct UAProcDataSourceIter::Impl {
         fCurrent = 1 - fCurrent;
         MCCommon::Record& record = fRecords[fCurrent];
         const std::int64_t at = fState.Reader()->Row();
+        OpenChunkOf(at);
         const auto row = static_cast<std::int32_t>(at % embedded::kChunkRows);
         const bool learning = fState.fPassesEnded == 0;
         for (std::int32_t i = 0; i < record.Size(); ++i) {
@@ -208,6 +216,8 @@ struct UAProcDataSourceIter::Impl {
     }
 
     UAAdapterState& fState;
+    std::vector<std::int64_t> fvBlockCases;
+    MCCommon::RecordBlock fBlock;
     MCCommon::Record fRecords[2];
     std::size_t fCurrent = 0;
     std::int32_t fChunk = -1;  // the open one
@@ -253,12 +263,41 @@ bool UAProcDataSourceIter::HasMore() {
             state.EndPass();
             return false;
         }
-        state.Reader()->MoveTo(row);
-        ++state.fCasesRead;
-        pass.OpenChunkOf(row);
+        pass.MoveTo(row);
         if (PreprocessCase() && state.IsValidCase(row)) pass.MakeRecord();
     }
     return true;
+}
+
+const MCCommon::RecordBlock* UAProcDataSourceIter::NextBlock(std::int32_t maxRows) {
+    PREDSEL_ASSERT(maxRows > 0, "a block has a record");
+    if (!HasMore()) return nullptr;
+    Impl& pass = *fpImpl;
+    UAAdapterState& state = pass.fState;
+    const std::int64_t firstRow = std::int64_t{pass.fChunk} * embedded::kChunkRows;
+    const std::int64_t end = std::min(firstRow + embedded::kChunkRows, state.fRowEnd);
+    const auto most = static_cast<std::size_t>(maxRows);
+    // The case that the pass stands on has been preprocessed.
+    std::vector<std::int64_t>& cases = pass.fvBlockCases;
+    cases.assign(1, state.Reader()->Row());
+    while (cases.size() < most && state.fCasesRead < end) {
+        const std::int64_t row = state.fCasesRead;
+        pass.MoveTo(row);
+        if (PreprocessCase() && state.IsValidCase(row)) cases.push_back(row);
+    }
+    state.MakeBlock(embedded::ChunkRows(cases, firstRow), pass.fBlock);
+    pass.fbOnRecord = false;
+    HasMore();
+    return &pass.fBlock;
+}
+
+MCCommon::BlockExecutor* UAProcDataSourceIter::GetExecutor() {
+    embedded::TaskExecutor& executor = fpImpl->fState.fExecutor;
+    return executor.Threads() > 1 ? &executor : nullptr;
+}
+
+std::span<const std::int64_t> UAProcDataSourceIter::GetBlockCases() const {
+    return fpImpl->fvBlockCases;
 }
 
 const MCCommon::Record* UAProcDataSourceIter::Next() {
