@@ -66,13 +66,6 @@ void AddBayes(CLI::App& program, ProgramOptions& options) {
         ->check(Number());
     AddText(command, "--timer", bayes.fTimer, "Time limit in minutes; 0: none (5)", "N", kSearch)
         ->check(Number());
-    command
-        .add_option("--memory", bayes.fMemory,
-                    "Most memory for the records that the search runs on, such as 500M or 4G "
-                    "(half of the machine's)")
-        ->transform(Undescribed(CLI::AsSizeValue(false)))
-        ->type_name("SIZE")
-        ->group(kSearch);
 
     command
         .add_option("--predicted", bayes.fPredicted,
@@ -106,7 +99,9 @@ void AddBayes(CLI::App& program, ProgramOptions& options) {
         ->group(kOutputGroup);
 
     const CLI::Option* data = AddDataOption(command, options);
-    AddReadingOptions(command, options);
+    AddReadingOptions(command, options,
+                      "Most memory for the columns of the data, and likewise for the records that "
+                      "the search runs on, such as 500M or 4G (half of the machine's)");
     AddSeed(command, options);
     AddReportOptions(command, options.fOutput);
     AddStateOptions(command, options.fOutput);

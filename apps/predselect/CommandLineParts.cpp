@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdint>
+#include <limits>
 #include <map>
 #include <optional>
 #include <string>
@@ -113,7 +115,7 @@ CLI::Option* AddDataOption(CLI::App& command, ProgramOptions& options) {
                    kDataGroup);
 }
 
-void AddReadingOptions(CLI::App& command, ProgramOptions& options) {
+void AddReadingOptions(CLI::App& command, ProgramOptions& options, const char* memoryHelp) {
     embedded::OpenOptions& open = options.fOpen;
     command
         .add_option("--schema", open.fSchemaPath,
@@ -174,6 +176,28 @@ void AddReadingOptions(CLI::App& command, ProgramOptions& options) {
                                       {"utf-16", embedded::TextEncoding::kUtf16},
                                       {"latin-1", embedded::TextEncoding::kLatin1}},
                                      "Of delimited text (detect)", kDataGroup);
+    constexpr std::int32_t kMostThreads = 256;
+    command
+        .add_option("--threads", open.fThreads,
+                    "Threads that read the data and go through them; no result depends on it (one "
+                    "a processor)")
+        ->check(Undescribed(CLI::Range(1, kMostThreads)))
+        ->type_name("N")
+        ->group(kDataGroup);
+    command
+        .add_option_function<std::uint64_t>(
+            "--memory",
+            [&options](std::uint64_t bytes) {
+                options.fMemory = bytes;
+                // 0 would mean that nothing was said.
+                constexpr std::uint64_t kMost = std::numeric_limits<std::int64_t>::max();
+                options.fOpen.fMemory =
+                    static_cast<std::int64_t>(std::clamp<std::uint64_t>(bytes, 1, kMost));
+            },
+            memoryHelp)
+        ->transform(Undescribed(CLI::AsSizeValue(false)))
+        ->type_name("SIZE")
+        ->group(kDataGroup);
 }
 
 void AddReportOptions(CLI::App& command, OutputOptions& output) {

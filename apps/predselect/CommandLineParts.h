@@ -65,8 +65,11 @@ void AddVariableList(CLI::App& command, const char* name, std::vector<std::strin
 void AddVariableOptions(CLI::App& command, VariableOptions& variables);
 /// --data, not required.
 CLI::Option* AddDataOption(CLI::App& command, ProgramOptions& options);
-/// How the data are to be read.
-void AddReadingOptions(CLI::App& command, ProgramOptions& options);
+/// How the data are to be read. The last is what the help says of --memory.
+void AddReadingOptions(CLI::App& command, ProgramOptions& options,
+                       const char* memoryHelp =
+                           "Most memory for the columns of the data, such as 500M or 4G; what is "
+                           "beyond waits in a temporary file (half of the machine's)");
 /// Where the report goes; --chart and --vega for a command that draws charts.
 void AddReportOptions(CLI::App& command, OutputOptions& output);
 void AddChartOptions(CLI::App& command, OutputOptions& output);

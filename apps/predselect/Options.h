@@ -72,7 +72,6 @@ struct BayesOptions {
     bool fbNoSelection = false;
     std::string fBins;
     std::string fTimer;
-    std::optional<std::uint64_t> fMemory;  // bytes
     std::optional<std::string> fPredicted;
     std::optional<std::string> fProbabilities;
     std::string fMaxProbabilities;
@@ -95,6 +94,7 @@ struct ProgramOptions {
     Verb fVerb = Verb::Run;
     std::string fDataPath;
     embedded::OpenOptions fOpen;
+    std::optional<std::uint64_t> fMemory;  // bytes; also in fOpen
     OutputOptions fOutput;
 
     // run

@@ -65,7 +65,7 @@ CommandSource SourceOf(const ProgramOptions& options, const embedded::DataSet* d
         const std::optional<std::int64_t> memory =
             data == nullptr ? std::nullopt
                             : MemAllocateFor(data->RowCount(), data->ColumnCount(),
-                                             options.fBayes.fMemory.value_or(HalfOfMemory()));
+                                             options.fMemory.value_or(HalfOfMemory()));
         return {"command of these options", BayesCommandText(options, memory)};
     }
     if (options.fVerb == Verb::Select) {
@@ -299,6 +299,7 @@ ExitStatus RunCommand(const ProgramOptions& options) {
     EngineTaker taker(options.fOutput);
     embedded::RunOptions run;
     run.fpProgress = progress ? &*progress : nullptr;
+    run.fThreads = options.fOpen.fThreads;
     run.fSeed = options.fSeed.value_or(run.fSeed);
     if (taker.IsAsked()) {
         run.fTakeEngine = [&taker](const SavableEngine& engine,
