@@ -20,6 +20,8 @@
 namespace {
 
 constexpr std::int32_t kWeightPosition = 1;  // in a prepared record
+/// Records that are scored at a time where they are not kept.
+constexpr std::int32_t kLotRecords = 16384;
 
 NBStatus Interrupted() { return NBStatus(NBCode::kInterrupted, false); }
 
@@ -48,7 +50,7 @@ double SumOfPriorLogs(const std::vector<double>& weights, const NBayesOutput& mo
 
 NBSubsetSearch::NBSubsetSearch(const std::vector<NBayesInput>& inputs, const NBayesOutput& output,
                                NBVarList& varList, const NaiveBayesSettings& settings,
-                               NBInterruptState& interrupt)
+                               NBInterruptState& interrupt, MCCommon::BlockExecutor* executor)
     : fvInputs(inputs),
       fOutput(output),
       fVarList(varList),
@@ -57,7 +59,8 @@ NBSubsetSearch::NBSubsetSearch(const std::vector<NBayesInput>& inputs, const NBa
                                    output.GetWeightedCounts().end(), 0.0)),
       fbWeighted(varList.GetWeightIndex() >= 0),
       fInterrupt(interrupt),
-      fScoring(inputs, output) {}
+      fModel(inputs, output),
+      fRecords(fModel, interrupt, executor) {}
 
 NBStatus NBSubsetSearch::RunExactSize(std::int32_t maxSize, MCCommon::MultiPassRecordIter& records,
                                       std::int32_t numRecords, bool fits,
@@ -106,16 +109,44 @@ std::int32_t NBSubsetSearch::GetCriteria(std::vector<double>& out) const {
     return static_cast<std::int32_t>(out.size());
 }
 
+std::vector<std::int32_t> NBSubsetSearch::TrainingPositions() const {
+    std::vector<std::int32_t> positions;
+    for (const NBayesInput& input : fvInputs) positions.push_back(input.GetRecordIndex());
+    return positions;
+}
+
 template <class Visit>
-void NBSubsetSearch::ForEachRecord(MCCommon::MultiPassRecordIter& records, std::int32_t numRecords,
-                                   Visit visit) {
-    for (std::int32_t i = 0; i < numRecords && records.HasMore(); ++i) {
-        if (fInterrupt.IsStopped()) break;
-        const MCCommon::Record* record = records.Next();
-        if (record == nullptr) break;
-        const double weight = fbWeighted ? (*record)[kWeightPosition] : 1.0;
-        // A missing weight is below 0.
-        if (weight > 0.0) visit(*record, weight);
+void NBSubsetSearch::ForEachLot(MCCommon::MultiPassRecordIter& records, std::int32_t numRecords,
+                                std::int32_t lot, Visit visit) {
+    // Intended: N is the weight of the tables, also when records are left out here.
+    const double factor = -1.0 / fTotalWeight;
+    const std::vector<std::int32_t> positions = TrainingPositions();
+    auto* const blocks = dynamic_cast<MCCommon::RecordBlockSource*>(&records);
+    std::int32_t numRead = 0;
+    while (numRead < numRecords && records.HasMore() && !fInterrupt.IsStopped()) {
+        fRecords.Clear();
+        const std::int32_t end = numRead + std::min(lot, numRecords - numRead);
+        while (numRead < end && records.HasMore() && !fInterrupt.IsStopped()) {
+            if (blocks != nullptr) {
+                constexpr std::int32_t kBlockRows = 65536;
+                const auto* const block = blocks->NextBlock(std::min(end - numRead, kBlockRows));
+                if (block == nullptr) break;
+                numRead += block->fRows;
+                fRecords.Add(*block, positions, fbWeighted ? kWeightPosition : -1, factor);
+                continue;
+            }
+            const MCCommon::Record* const record = records.Next();
+            if (record == nullptr) {
+                numRead = numRecords;
+                break;
+            }
+            ++numRead;
+            const double weight = fbWeighted ? (*record)[kWeightPosition] : 1.0;
+            // A missing weight is below 0.
+            if (weight > 0.0) fRecords.Add(*record, positions, weight * factor);
+        }
+        fRecords.Arrange();
+        visit();
     }
     records.NewPass();
 }
@@ -164,9 +195,17 @@ std::int32_t NBSubsetSearch::ForwardSelect(std::int32_t maxSize,
                     kind == NaiveBayesSettings::kMersenneTwister,
                     kind == NaiveBayesSettings::kUserProvided ? fSettings.fpUserRandom : nullptr);
     NBRecordSimulator simulator(fvInputs, fOutput, random);
-    while (ChainLength() < maxSize && !step.fvCandidates.empty() && !fInterrupt.IsStopped()) {
+    const auto goesOn = [&] {
+        return ChainLength() < maxSize && !step.fvCandidates.empty() && !fInterrupt.IsStopped();
+    };
+    if (fits && goesOn()) {
+        ForEachLot(records, numRecords, numRecords, [] {});
+        fbKept = true;
+        for (const std::int32_t table : step.fvSelected) fRecords.Join(table);
+    }
+    while (goesOn()) {
         if (fits) {
-            ScoreOnRecords(step, records, numRecords);
+            fRecords.Score(step.fvSelected, step.fvCandidates, step.fvScores);
         } else {
             ScoreOnSimulated(step, simulator);
         }
@@ -182,6 +221,7 @@ std::int32_t NBSubsetSearch::ForwardSelect(std::int32_t maxSize,
         step.fvCandidates.erase(candidate);
         step.fvSelected.insert(
             std::upper_bound(step.fvSelected.begin(), step.fvSelected.end(), winner), winner);
+        if (fits && goesOn()) fRecords.Join(winner);
         joint += fvPredictorLogLik[static_cast<std::size_t>(winner)];
         const std::size_t size = fvSelectedOrder.size();
         fvCriterionBySize[size - 1] = *best;
@@ -196,35 +236,22 @@ std::int32_t NBSubsetSearch::ForwardSelect(std::int32_t maxSize,
     return fInterrupt.IsStopped() ? -1 : 0;
 }
 
-void NBSubsetSearch::ScoreOnRecords(Step& step, MCCommon::MultiPassRecordIter& records,
-                                    std::int32_t numRecords) {
-    step.fvScores.assign(step.fvCandidates.size(), 0.0);
-    // Intended: N is the weight of the tables, also when records are left out here.
-    const double factor = -1.0 / fTotalWeight;
-    ForEachRecord(records, numRecords,
-                  [this, &step, factor](const MCCommon::Record& record, double weight) {
-                      ScoreRecord(step, record, weight * factor);
-                  });
-}
-
 void NBSubsetSearch::ScoreOnSimulated(Step& step, NBRecordSimulator& simulator) {
     step.fvScores.assign(step.fvCandidates.size(), 0.0);
     const double factor = -1.0 / fSettings.fNumSimulated;
-    for (std::int32_t i = 0; i < fSettings.fNumSimulated && !fInterrupt.IsStopped(); ++i) {
-        ScoreRecord(step, simulator.Draw(), factor);
-    }
-}
-
-void NBSubsetSearch::ScoreRecord(Step& step, const MCCommon::Record& record, double factor) {
-    const auto code = [this, &record](std::int32_t table) {
-        return record[fbSimulated ? table + 1
-                                  : fvInputs[static_cast<std::size_t>(table)].GetRecordIndex()];
-    };
-    fScoring.StartRecord();
-    for (const std::int32_t table : step.fvSelected) fScoring.Multiply(table, code(table));
-    for (std::size_t c = 0; c < step.fvCandidates.size(); ++c) {
-        const std::int32_t table = step.fvCandidates[c];
-        step.fvScores[c] += factor * fScoring.LogSumWith(table, code(table));
+    std::vector<std::int32_t> positions(fvInputs.size());
+    std::iota(positions.begin(), positions.end(), 1);
+    std::vector<double> scores;
+    for (std::int32_t i = 0; i < fSettings.fNumSimulated && !fInterrupt.IsStopped();) {
+        fRecords.Clear();
+        const std::int32_t end = i + std::min(kLotRecords, fSettings.fNumSimulated - i);
+        for (; i < end && !fInterrupt.IsStopped(); ++i) {
+            fRecords.Add(simulator.Draw(), positions, factor);
+        }
+        fRecords.Arrange();
+        for (const std::int32_t table : step.fvSelected) fRecords.Join(table);
+        fRecords.Score(step.fvSelected, step.fvCandidates, scores);
+        for (std::size_t c = 0; c < scores.size(); ++c) step.fvScores[c] += scores[c];
     }
 }
 
@@ -246,23 +273,29 @@ std::int32_t NBSubsetSearch::EvaluatePseudoBIC(MCCommon::MultiPassRecordIter& re
 
 void NBSubsetSearch::EvaluateSizes(std::int32_t lastSize, MCCommon::MultiPassRecordIter& records,
                                    std::int32_t numRecords) {
-    const double factor = -1.0 / fTotalWeight;
     const std::int32_t firstSize = SmallestSize();
     std::vector<double> sums(static_cast<std::size_t>(lastSize - firstSize + 1), 0.0);
-    ForEachRecord(records, numRecords, [&](const MCCommon::Record& record, double weight) {
-        fScoring.StartRecord();
-        for (std::int32_t size = 1; size <= lastSize; ++size) {
-            const std::int32_t table = fvSelectedOrder[static_cast<std::size_t>(size) - 1];
-            const NBayesInput& input = fvInputs[static_cast<std::size_t>(table)];
-            fScoring.Multiply(table, record[input.GetRecordIndex()]);
-            if (size < firstSize) continue;
-            sums[static_cast<std::size_t>(size - firstSize)] += weight * factor * fScoring.LogSum();
-        }
-    });
+    if (fbKept) {
+        fRecords.Restart();
+        AddSizes(lastSize, sums);
+    } else {
+        ForEachLot(records, numRecords, kLotRecords, [&] { AddSizes(lastSize, sums); });
+    }
     for (std::int32_t size = firstSize; size <= lastSize; ++size) {
         const std::size_t entry = static_cast<std::size_t>(size) - 1;
         fvCriterionBySize[entry] =
             fvJointLogLikBySize[entry] + sums[static_cast<std::size_t>(size - firstSize)];
+    }
+}
+
+void NBSubsetSearch::AddSizes(std::int32_t lastSize, std::vector<double>& sums) {
+    const std::int32_t firstSize = SmallestSize();
+    std::vector<std::int32_t> selected;
+    for (std::int32_t size = 1; size <= lastSize; ++size) {
+        selected.push_back(fvSelectedOrder[static_cast<std::size_t>(size) - 1]);
+        fRecords.Join(selected.back());
+        if (size < firstSize) continue;
+        sums[static_cast<std::size_t>(size - firstSize)] += fRecords.Score(selected);
     }
 }
 
@@ -277,34 +310,42 @@ std::int32_t NBSubsetSearch::EvaluateTestData(NBInternalAdapter& adapter, std::i
                                 fOutput.GetNumCategories());
     }
     std::vector<double> targetWeights(static_cast<std::size_t>(fOutput.GetNumCategories()), 0.0);
-    std::vector<double> sums(fvSelectedOrder.size(), 0.0);  // at size - 1, from firstSize
+    // Test records are prepared after useless predictors were dropped, unlike the training records,
+    // which keep their place for them.
+    std::vector<std::int32_t> positions(fvInputs.size(), -1);
+    for (const std::int32_t table : fvSelectedOrder) {
+        const auto at = static_cast<std::size_t>(table);
+        positions[at] = fvInputs[at].GetAdjustedRecordIndex();
+    }
+    std::vector<double> sums(static_cast<std::size_t>(ChainLength() - firstSize + 1), 0.0);
     double totalWeight = 0.0;
+    const auto score = [&] {
+        fRecords.Arrange();
+        AddSizes(ChainLength(), sums);
+        fRecords.Clear();
+    };
+    fbKept = false;
+    fRecords.Clear();
     for (std::int32_t i = 0; (numRecords < 0 || i < numRecords) && adapter.HasMore(); ++i) {
         if (fInterrupt.IsStopped()) return -1;
         const MCCommon::Record& record = *adapter.Next();
         const double weight = fbWeighted ? record[kWeightPosition] : 1.0;
         // Preparation lets a record without target or weight pass when an input is out of range.
-        if (!NBSubsetScoring::IsValid(record[0]) || weight == MCMV::gMissingValue) continue;
+        if (!NBSubsetModel::IsValid(record[0]) || weight == MCMV::gMissingValue) continue;
         totalWeight += weight;
         const auto target = static_cast<std::int32_t>(record[0]);
         targetWeights[static_cast<std::size_t>(target)] += weight;
-        fScoring.StartRecord();
         for (std::size_t position = 0; position < testTables.size(); ++position) {
-            const std::int32_t table = fvSelectedOrder[position];
-            // Test records are prepared after useless predictors were dropped, unlike the
-            // training records, which keep their place for them.
-            const double code =
-                record[fvInputs[static_cast<std::size_t>(table)].GetAdjustedRecordIndex()];
-            if (NBSubsetScoring::IsValid(code)) {
-                NBayesInputBase& counts = testTables[position];
-                counts.AddCount(NBSubsetScoring::Category(code, counts.GetNumCategories()), target,
-                                weight);
-            }
-            fScoring.Multiply(table, code);
-            if (position + 1 < static_cast<std::size_t>(firstSize)) continue;
-            sums[position] += fScoring.LogSum() * weight;
+            const auto table = static_cast<std::size_t>(fvSelectedOrder[position]);
+            NBayesInputBase& counts = testTables[position];
+            const std::uint32_t row = NBSubsetModel::Row(
+                record[positions[table]], static_cast<std::uint32_t>(counts.GetNumCategories()));
+            if (row > 0) counts.AddCount(static_cast<std::int32_t>(row) - 1, target, weight);
         }
+        fRecords.Add(record, positions, weight);
+        if (fRecords.GetNumRecords() == static_cast<std::size_t>(kLotRecords)) score();
     }
+    score();
     if (fInterrupt.IsStopped()) return -1;
     if (!(totalWeight > 0.0)) return 0;
     const double share = 1.0 / totalWeight;
@@ -315,7 +356,10 @@ std::int32_t NBSubsetSearch::EvaluateTestData(NBInternalAdapter& adapter, std::i
         joint += share * SumOfLogs(testTables[position].GetCounts(),
                                    fvInputs[static_cast<std::size_t>(table)]);
         const auto size = static_cast<std::int32_t>(position) + 1;
-        if (size >= firstSize) subsets.push_back({size, share * sums[position] - joint});
+        if (size >= firstSize) {
+            subsets.push_back(
+                {size, share * sums[static_cast<std::size_t>(size - firstSize)] - joint});
+        }
     }
     return KeepBest(std::move(subsets), bestOut);
 }

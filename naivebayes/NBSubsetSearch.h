@@ -5,11 +5,13 @@
 #include <iosfwd>
 #include <vector>
 
+#include "host/Blocks.h"
 #include "host/Records.h"
 #include "naivebayes/INBAlgorithm.h"
 #include "naivebayes/NBInterruptState.h"
 #include "naivebayes/NBStatus.h"
-#include "naivebayes/NBSubsetScoring.h"
+#include "naivebayes/NBSubsetModel.h"
+#include "naivebayes/NBSubsetRecords.h"
 #include "naivebayes/NBWriteOptions.h"
 #include "naivebayes/NaiveBayesSettings.h"
 
@@ -29,17 +31,17 @@ class NBayesOutput;
 /// training records, S a subset, L_j the average log of predictor j's probability and L_0 that of
 /// the target's prior in the training records:
 ///   J(S) = L_0 + sum over S of L_j, the average joint log-likelihood, without a pass;
-///   Q_r(S) the log probability of the codes of record r, see NBSubsetScoring;
+///   Q_r(S) the log probability of the codes of record r, see NBSubsetRecords;
 ///   A(S) = J(S) - average over the records of Q_r(S), the average conditional log-likelihood.
 ///
 /// Lives for one search. One run operation a life.
 class NBSubsetSearch {
  public:
     /// All are borrowed from the engine. inputs: one table per variable of role 1 or 2, in list
-    /// order, filled and with probabilities, as output.
+    /// order, filled and with probabilities, as output. executor: shares the work, may be null.
     NBSubsetSearch(const std::vector<NBayesInput>& inputs, const NBayesOutput& output,
                    NBVarList& varList, const NaiveBayesSettings& settings,
-                   NBInterruptState& interrupt);
+                   NBInterruptState& interrupt, MCCommon::BlockExecutor* executor = nullptr);
 
     // The three runs. records: prepared training records, at most numRecords of them, left rewound.
     // maxSize counts forced predictors too and is not below their number, nor below 1. fits: the
@@ -94,22 +96,24 @@ class NBSubsetSearch {
     /// L_j of every predictor and L_0, which it returns.
     double ComputeLogLikelihoods();
     void SplitByRole(Step& step);
-    void ScoreOnRecords(Step& step, MCCommon::MultiPassRecordIter& records,
-                        std::int32_t numRecords);
+    /// Draws the records of a step and scores the candidates on them.
     void ScoreOnSimulated(Step& step, NBRecordSimulator& simulator);
-    void ScoreRecord(Step& step, const MCCommon::Record& record, double factor);
     /// A(S) of the sizes from the smallest to lastSize, on the training records.
     void EvaluateSizes(std::int32_t lastSize, MCCommon::MultiPassRecordIter& records,
                        std::int32_t numRecords);
+    /// Adds the scores of the sizes from the smallest to lastSize on the records of fRecords.
+    void AddSizes(std::int32_t lastSize, std::vector<double>& sums);
     std::int32_t KeepBest(std::vector<NBSubset> subsets, std::vector<NBSubset>& bestOut);
     void ListSelected(std::vector<std::int32_t>& selectedOut) const;
     void ApplySelection(std::int32_t size);
 
-    /// Calls visit(record, weight) for each of the first numRecords records that has a weight above
-    /// 0, until interrupted, then rewinds.
+    /// Puts the first numRecords training records that have a weight above 0 into fRecords, at most
+    /// lot at a time; calls visit() after each lot. Until interrupted; then rewinds.
     template <class Visit>
-    void ForEachRecord(MCCommon::MultiPassRecordIter& records, std::int32_t numRecords,
-                       Visit visit);
+    void ForEachLot(MCCommon::MultiPassRecordIter& records, std::int32_t numRecords,
+                    std::int32_t lot, Visit visit);
+    /// Where the tables' codes stand in prepared training records.
+    std::vector<std::int32_t> TrainingPositions() const;
     /// Of the sizes that are compared: that of the forced predictors, never 0.
     std::int32_t SmallestSize() const { return fNumForced > 1 ? fNumForced : 1; }
     std::int32_t ChainLength() const { return static_cast<std::int32_t>(fvSelectedOrder.size()); }
@@ -129,7 +133,9 @@ class NBSubsetSearch {
     bool fbSimulated = false;                   // candidates were scored on drawn records
     std::vector<NBSubset> fvBestSubsets;        // best first
     NBInterruptState& fInterrupt;
-    NBSubsetScoring fScoring;
+    NBSubsetModel fModel;
+    NBSubsetRecords fRecords;
+    bool fbKept = false;  // fRecords holds the training records
 };
 
 #endif  // PREDSEL_NAIVEBAYES_NBSUBSETSEARCH_H

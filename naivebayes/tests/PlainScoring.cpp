@@ -1,4 +1,4 @@
-#include "naivebayes/NBSubsetScoring.h"
+#include "naivebayes/tests/PlainScoring.h"
 
 #include <algorithm>
 #include <cmath>
@@ -6,7 +6,7 @@
 #include "naivebayes/NBayesInput.h"
 #include "naivebayes/NBayesOutput.h"
 
-NBSubsetScoring::NBSubsetScoring(const std::vector<NBayesInput>& inputs, const NBayesOutput& output)
+PlainScoring::PlainScoring(const std::vector<NBayesInput>& inputs, const NBayesOutput& output)
     : fvPriors(output.GetPi()), fvProduct(fvPriors.size(), 1.0) {
     fvNumCategories.reserve(inputs.size());
     fvProbabilities.reserve(inputs.size());
@@ -21,21 +21,21 @@ NBSubsetScoring::NBSubsetScoring(const std::vector<NBayesInput>& inputs, const N
     }
 }
 
-void NBSubsetScoring::StartRecord() { std::fill(fvProduct.begin(), fvProduct.end(), 1.0); }
+void PlainScoring::StartRecord() { std::fill(fvProduct.begin(), fvProduct.end(), 1.0); }
 
-void NBSubsetScoring::Multiply(std::int32_t table, double code) {
+void PlainScoring::Multiply(std::int32_t table, double code) {
     if (!IsValid(code)) return;
     const double* row = Row(table, code);
     for (std::size_t k = 0; k < fvProduct.size(); ++k) fvProduct[k] *= row[k];
 }
 
-double NBSubsetScoring::LogSum() const {
+double PlainScoring::LogSum() const {
     double sum = 0.0;
     for (std::size_t k = 0; k < fvProduct.size(); ++k) sum += fvProduct[k] * fvPriors[k];
     return std::log(sum);
 }
 
-double NBSubsetScoring::LogSumWith(std::int32_t table, double code) const {
+double PlainScoring::LogSumWith(std::int32_t table, double code) const {
     if (!IsValid(code)) return LogSum();
     const double* row = Row(table, code);
     double sum = 0.0;

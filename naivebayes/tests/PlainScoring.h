@@ -1,5 +1,5 @@
-#ifndef PREDSEL_NAIVEBAYES_NBSUBSETSCORING_H
-#define PREDSEL_NAIVEBAYES_NBSUBSETSCORING_H
+#ifndef PREDSEL_NAIVEBAYES_TESTS_PLAINSCORING_H
+#define PREDSEL_NAIVEBAYES_TESTS_PLAINSCORING_H
 
 #include <algorithm>
 #include <cstddef>
@@ -18,10 +18,10 @@ class NBayesOutput;
 /// Probabilities stay plain, not logged, so that a score costs one logarithm. Intended: nothing
 /// guards against underflow. A product of very many small probabilities reaches 0 and its score is
 /// then minus infinity.
-class NBSubsetScoring {
+class PlainScoring {
  public:
     /// Copies the probabilities. A predictor is named by its position in inputs, its table index.
-    NBSubsetScoring(const std::vector<NBayesInput>& inputs, const NBayesOutput& output);
+    PlainScoring(const std::vector<NBayesInput>& inputs, const NBayesOutput& output);
 
     /// Whether a code names a category: neither missing nor unknown, which is -1.
     static bool IsValid(double code) { return code > -1.0; }
@@ -54,4 +54,4 @@ class NBSubsetScoring {
     std::vector<double> fvProduct;                     // K
 };
 
-#endif  // PREDSEL_NAIVEBAYES_NBSUBSETSCORING_H
+#endif  // PREDSEL_NAIVEBAYES_TESTS_PLAINSCORING_H

@@ -1,4 +1,4 @@
-#include "naivebayes/NBSubsetScoring.h"
+#include "naivebayes/tests/PlainScoring.h"
 
 #include <gtest/gtest.h>
 
@@ -27,40 +27,40 @@ SearchData TenRecords() {
     return data;
 }
 
-TEST(NBSubsetScoringTest, MissingAndUnknownCodesAreNotValid) {
-    EXPECT_FALSE(NBSubsetScoring::IsValid(MCMV::gMissingValue));
-    EXPECT_FALSE(NBSubsetScoring::IsValid(-1.0));
-    EXPECT_FALSE(NBSubsetScoring::IsValid(-1.5));
-    EXPECT_TRUE(NBSubsetScoring::IsValid(0.0));
-    EXPECT_TRUE(NBSubsetScoring::IsValid(7.0));
+TEST(PlainScoringTest, MissingAndUnknownCodesAreNotValid) {
+    EXPECT_FALSE(PlainScoring::IsValid(MCMV::gMissingValue));
+    EXPECT_FALSE(PlainScoring::IsValid(-1.0));
+    EXPECT_FALSE(PlainScoring::IsValid(-1.5));
+    EXPECT_TRUE(PlainScoring::IsValid(0.0));
+    EXPECT_TRUE(PlainScoring::IsValid(7.0));
 }
 
-TEST(NBSubsetScoringTest, ACodeIsRoundedUpFromFiftyFiveHundredths) {
-    EXPECT_EQ(NBSubsetScoring::Category(2.0, 4), 2);
-    EXPECT_EQ(NBSubsetScoring::Category(2.54, 4), 2);
-    EXPECT_EQ(NBSubsetScoring::Category(2.56, 4), 3);
-    EXPECT_EQ(NBSubsetScoring::Category(1.9999999, 4), 2);
+TEST(PlainScoringTest, ACodeIsRoundedUpFromFiftyFiveHundredths) {
+    EXPECT_EQ(PlainScoring::Category(2.0, 4), 2);
+    EXPECT_EQ(PlainScoring::Category(2.54, 4), 2);
+    EXPECT_EQ(PlainScoring::Category(2.56, 4), 3);
+    EXPECT_EQ(PlainScoring::Category(1.9999999, 4), 2);
 }
 
-TEST(NBSubsetScoringTest, ACodeThatRoundsBeyondTheCategoriesNamesTheLast) {
-    EXPECT_EQ(NBSubsetScoring::Category(3.9, 4), 3);
+TEST(PlainScoringTest, ACodeThatRoundsBeyondTheCategoriesNamesTheLast) {
+    EXPECT_EQ(PlainScoring::Category(3.9, 4), 3);
     TrainedTables trained(TenRecords());
-    NBSubsetScoring scoring(trained.fvInputs, trained.fOutput);
+    PlainScoring scoring(trained.fvInputs, trained.fOutput);
     scoring.StartRecord();
     EXPECT_EQ(scoring.LogSumWith(1, 1.9), scoring.LogSumWith(1, 1.0));
 }
 
-TEST(NBSubsetScoringTest, AnEmptySubsetScoresTheSumOfThePriors) {
+TEST(PlainScoringTest, AnEmptySubsetScoresTheSumOfThePriors) {
     TrainedTables trained(TenRecords());
-    NBSubsetScoring scoring(trained.fvInputs, trained.fOutput);
+    PlainScoring scoring(trained.fvInputs, trained.fOutput);
     scoring.StartRecord();
     EXPECT_DOUBLE_EQ(scoring.LogSum(),
                      std::log(trained.fOutput.GetPi(0) + trained.fOutput.GetPi(1)));
 }
 
-TEST(NBSubsetScoringTest, ScoresAreLogsOfTheMixtureOfProducts) {
+TEST(PlainScoringTest, ScoresAreLogsOfTheMixtureOfProducts) {
     TrainedTables trained(TenRecords());
-    NBSubsetScoring scoring(trained.fvInputs, trained.fOutput);
+    PlainScoring scoring(trained.fvInputs, trained.fOutput);
     scoring.StartRecord();
     scoring.Multiply(0, 1.0);
     // By hand: t = 0.1; Pi = 6.1 / 10.2, 4.1 / 10.2; P0[1] = 2.1 / 6.3, 1.1 / 4.3;
@@ -74,9 +74,9 @@ TEST(NBSubsetScoringTest, ScoresAreLogsOfTheMixtureOfProducts) {
     EXPECT_NEAR(scoring.LogSum(), std::log(first + second), 1e-14);
 }
 
-TEST(NBSubsetScoringTest, JoiningGivesTheBitsOfTrying) {
+TEST(PlainScoringTest, JoiningGivesTheBitsOfTrying) {
     TrainedTables trained(TenRecords());
-    NBSubsetScoring scoring(trained.fvInputs, trained.fOutput);
+    PlainScoring scoring(trained.fvInputs, trained.fOutput);
     scoring.StartRecord();
     scoring.Multiply(0, 2.0);
     const double tried = scoring.LogSumWith(1, 1.0);
@@ -84,9 +84,9 @@ TEST(NBSubsetScoringTest, JoiningGivesTheBitsOfTrying) {
     EXPECT_EQ(scoring.LogSum(), tried);
 }
 
-TEST(NBSubsetScoringTest, AMissingCodeContributesNoFactor) {
+TEST(PlainScoringTest, AMissingCodeContributesNoFactor) {
     TrainedTables trained(TenRecords());
-    NBSubsetScoring scoring(trained.fvInputs, trained.fOutput);
+    PlainScoring scoring(trained.fvInputs, trained.fOutput);
     scoring.StartRecord();
     scoring.Multiply(1, 1.0);
     const double before = scoring.LogSum();
@@ -96,9 +96,9 @@ TEST(NBSubsetScoringTest, AMissingCodeContributesNoFactor) {
     EXPECT_EQ(scoring.LogSum(), before);
 }
 
-TEST(NBSubsetScoringTest, ANewRecordForgetsTheOneBefore) {
+TEST(PlainScoringTest, ANewRecordForgetsTheOneBefore) {
     TrainedTables trained(TenRecords());
-    NBSubsetScoring scoring(trained.fvInputs, trained.fOutput);
+    PlainScoring scoring(trained.fvInputs, trained.fOutput);
     scoring.StartRecord();
     scoring.Multiply(0, 0.0);
     const double once = scoring.LogSum();
@@ -107,14 +107,14 @@ TEST(NBSubsetScoringTest, ANewRecordForgetsTheOneBefore) {
     EXPECT_EQ(scoring.LogSum(), once);
 }
 
-TEST(NBSubsetScoringTest, AProductThatUnderflowsScoresMinusInfinity) {
+TEST(PlainScoringTest, AProductThatUnderflowsScoresMinusInfinity) {
     SearchData data;
     data.fbWeighted = true;
     data.fPredictors.assign(20, {2, 2});
     data.fRows = {{0, 5e11, std::vector<std::int32_t>(20, 0)},
                   {1, 5e11, std::vector<std::int32_t>(20, 0)}};
     TrainedTables trained(data);
-    NBSubsetScoring scoring(trained.fvInputs, trained.fOutput);
+    PlainScoring scoring(trained.fvInputs, trained.fOutput);
     scoring.StartRecord();
     for (std::int32_t table = 0; table < 20; ++table) scoring.Multiply(table, 1.0);
     EXPECT_TRUE(std::isinf(scoring.LogSum()));

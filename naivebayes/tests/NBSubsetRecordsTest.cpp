@@ -1,0 +1,245 @@
+#include "naivebayes/NBSubsetRecords.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numeric>
+#include <random>
+#include <string>
+
+#include "naivebayes/tests/PlainScoring.h"
+#include "naivebayes/tests/RandomSearchData.h"
+
+namespace {
+
+using Tables = std::vector<std::int32_t>;
+
+/// Scores of candidates by the plain form, record by record.
+std::vector<double> PlainScores(const TrainedTables& trained, const Tables& selected,
+                                const Tables& candidates, double factor) {
+    PlainScoring scoring(trained.fvInputs, trained.fOutput);
+    std::vector<double> scores(candidates.size(), 0.0);
+    for (const MCCommon::Record& record : trained.fRecords.fvRecords) {
+        const auto code = [&](std::int32_t table) {
+            return record[trained.fvInputs[static_cast<std::size_t>(table)].GetRecordIndex()];
+        };
+        const double weight = trained.fData.fbWeighted ? record[1] : 1.0;
+        scoring.StartRecord();
+        for (const std::int32_t table : selected) scoring.Multiply(table, code(table));
+        for (std::size_t c = 0; c < candidates.size(); ++c) {
+            scores[c] += weight * factor * scoring.LogSumWith(candidates[c], code(candidates[c]));
+        }
+    }
+    return scores;
+}
+
+/// What a search holds of trained tables.
+struct Scored {
+    explicit Scored(const TrainedTables& trained, MCCommon::BlockExecutor* executor = nullptr)
+        : fTrained(trained),
+          fModel(trained.fvInputs, trained.fOutput),
+          fRecords(fModel, fInterrupt, executor) {
+        for (const NBayesInput& input : trained.fvInputs) {
+            fPositions.push_back(input.GetRecordIndex());
+        }
+    }
+    void AddRecords(double factor) {
+        for (const MCCommon::Record& record : fTrained.fRecords.fvRecords) {
+            fRecords.Add(record, fPositions,
+                         factor * (fTrained.fData.fbWeighted ? record[1] : 1.0));
+        }
+        fRecords.Arrange();
+    }
+    void AddBlocks(double factor, std::int32_t rows) {
+        std::vector<std::int32_t> columns{fTrained.fData.fNumTargets};
+        if (fTrained.fData.fbWeighted) columns.push_back(-1);
+        for (const std::int32_t count : fTrained.fData.NumCategories()) columns.push_back(count);
+        BlockRecords source(fTrained.fRecords.fvRecords, columns, rows);
+        while (const MCCommon::RecordBlock* block = source.NextBlock(rows)) {
+            fRecords.Add(*block, fPositions, fTrained.fData.fbWeighted ? 1 : -1, factor);
+        }
+        fRecords.Arrange();
+    }
+    std::vector<double> Scores(const Tables& selected, const Tables& candidates) {
+        fRecords.Restart();
+        for (const std::int32_t table : selected) fRecords.Join(table);
+        std::vector<double> scores;
+        fRecords.Score(selected, candidates, scores);
+        return scores;
+    }
+
+    const TrainedTables& fTrained;
+    NBInterruptState fInterrupt;
+    NBSubsetModel fModel;
+    NBSubsetRecords fRecords;
+    std::vector<std::int32_t> fPositions;
+};
+
+/// To 12 digits, or the same infinity or no number.
+void ExpectEqualScores(const std::vector<double>& actual, const std::vector<double>& expected) {
+    ASSERT_EQ(actual.size(), expected.size());
+    for (std::size_t c = 0; c < actual.size(); ++c) {
+        if (std::isfinite(expected[c])) {
+            EXPECT_NEAR(actual[c], expected[c], 1e-12 * std::abs(expected[c])) << c;
+        } else {
+            EXPECT_EQ(std::isnan(actual[c]), std::isnan(expected[c])) << c;
+            if (!std::isnan(expected[c])) {
+                EXPECT_EQ(actual[c], expected[c]) << c;
+            }
+        }
+    }
+}
+
+class NBSubsetRecordsTest : public testing::TestWithParam<RandomWeights> {};
+
+INSTANTIATE_TEST_SUITE_P(Weights, NBSubsetRecordsTest,
+                         testing::Values(RandomWeights::kNone, RandomWeights::kFew,
+                                         RandomWeights::kMany),
+                         [](const auto& test) {
+                             return std::string(test.param == RandomWeights::kNone  ? "None"
+                                                : test.param == RandomWeights::kFew ? "Few"
+                                                                                    : "Many");
+                         });
+
+TEST_P(NBSubsetRecordsTest, ScoreAsThePlainForm) {
+    const auto seed = std::random_device()();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    for (int trial = 0; trial < 25; ++trial) {
+        const auto numRows = static_cast<std::int32_t>(2 + random() % 3000);
+        const TrainedTables trained(RandomSearchData(random, numRows, 9, GetParam()));
+        Tables selected;
+        Tables candidates;
+        for (std::int32_t table = 0; table < 9; ++table) {
+            (random() % 2 == 0 ? selected : candidates).push_back(table);
+        }
+        const double factor = -1.0 / numRows;
+        const std::vector<double> plain = PlainScores(trained, selected, candidates, factor);
+        BackwardExecutor executor;
+        Scored scored(trained, &executor);
+        scored.AddRecords(factor);
+        const std::vector<double> scores = scored.Scores(selected, candidates);
+        ExpectEqualScores(scores, plain);
+        // Neither the order of joining nor who does the work nor the form of the source counts.
+        Scored alone(trained);
+        alone.AddBlocks(factor, 777);
+        EXPECT_EQ(alone.Scores(selected, candidates), scores);
+        std::shuffle(selected.begin(), selected.end(), random);
+        ExpectEqualScores(alone.Scores(selected, candidates), plain);
+        if (candidates.empty()) continue;
+        // Trying is joining.
+        scored.fRecords.Join(candidates.front());
+        selected.push_back(candidates.front());
+        ExpectEqualScores({scored.fRecords.Score(selected)}, {scores.front()});
+    }
+}
+
+TEST_P(NBSubsetRecordsTest, EqualColumnsScoreEqualBitsWhereverTheyStand) {
+    const auto seed = std::random_device()();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    int numPairs = 0;
+    for (int trial = 0; trial < 20; ++trial) {
+        const TrainedTables trained(RandomSearchData(random, 2500, 12, GetParam()));
+        Scored scored(trained);
+        scored.AddRecords(-0.01);
+        Tables all(12);
+        std::iota(all.begin(), all.end(), 0);
+        const std::vector<double> scores = scored.Scores({}, all);
+        for (std::size_t i = 0; i < all.size(); ++i) {
+            for (std::size_t j = 0; j < i; ++j) {
+                const bool areEqual =
+                    std::all_of(trained.fData.fRows.begin(), trained.fData.fRows.end(),
+                                [i, j](const auto& row) { return row.fCodes[i] == row.fCodes[j]; });
+                if (!areEqual || trained.fData.fPredictors[i].fNumCategories !=
+                                     trained.fData.fPredictors[j].fNumCategories) {
+                    continue;
+                }
+                ++numPairs;
+                EXPECT_EQ(scores[i], scores[j]);
+            }
+        }
+    }
+    EXPECT_GT(numPairs, 10);
+}
+
+/// Predictors whose second category has probability t * t, with t = 1e-12 or another.
+SearchData Unseen(std::int32_t numPredictors, double weight) {
+    SearchData data;
+    data.fbWeighted = true;
+    data.fPredictors.assign(static_cast<std::size_t>(numPredictors), {2, 2});
+    const std::vector<std::int32_t> codes(static_cast<std::size_t>(numPredictors), 0);
+    data.fRows = {{0, weight, codes}, {1, weight, codes}};
+    return data;
+}
+
+TEST(NBSubsetRecordsUnderflow, ScoresAsThePlainFormAtEveryDepth) {
+    // Products of some 1e-24 each pass through the whole range of a double and out of it.
+    TrainedTables trained(Unseen(20, 5e11));
+    for (std::size_t depth = 0; depth <= 20; ++depth) {
+        MCCommon::Record record(22);
+        record[1] = 1.0;
+        for (std::size_t j = 0; j < 20; ++j) record[static_cast<int>(j) + 2] = j < depth ? 1.0 : -1;
+        trained.fRecords.fvRecords.assign(40, record);
+        Tables selected;
+        for (std::int32_t table = 0; table < 19; ++table) {
+            Scored scored(trained);
+            scored.AddRecords(-1.0);
+            const Tables candidates{table, 19};
+            ExpectEqualScores(scored.Scores(selected, candidates),
+                              PlainScores(trained, selected, candidates, -1.0));
+            selected.push_back(table);
+        }
+    }
+}
+
+TEST(NBSubsetRecordsUnderflow, ProbabilitiesOfZeroAndNoNumbersScoreAsThePlainForm) {
+    for (const double weight : {1e20, 1e31, 1e40, 1e100, 1e155, 1e170, 1e307, 1e308}) {
+        TrainedTables trained(Unseen(3, weight));
+        MCCommon::Record record(5);
+        record[1] = 2.0;
+        for (int j = 2; j < 5; ++j) record[j] = 1.0;
+        trained.fRecords.fvRecords.assign(3, record);
+        Scored scored(trained);
+        scored.AddRecords(-1.0);
+        EXPECT_EQ(scored.Scores({0}, {1, 2}), PlainScores(trained, {0}, {1, 2}, -1.0)) << weight;
+    }
+}
+
+TEST(NBSubsetRecordsUnderflow, ARecordFarBehindComesBackWhenTheOthersFall) {
+    // The second target's product is 2^-1600 of the first's until the last predictors turn it.
+    SearchData data;
+    data.fPredictors.assign(120, {2, 2});
+    for (std::int32_t i = 0; i < 400; ++i) {
+        const std::int32_t target = i % 2;
+        data.fRows.push_back({target, 1.0, {}});
+        for (std::int32_t j = 0; j < 120; ++j) data.fRows.back().fCodes.push_back(target);
+    }
+    TrainedTables trained(data);
+    MCCommon::Record record(121);
+    for (int j = 0; j < 120; ++j) record[j + 1] = j < 60 ? 0.0 : 1.0;
+    trained.fRecords.fvRecords.assign(10, record);
+    Scored scored(trained);
+    scored.AddRecords(-1.0);
+    Tables selected;
+    for (std::int32_t table = 0; table < 119; ++table) {
+        ExpectEqualScores(scored.Scores(selected, {119}),
+                          PlainScores(trained, selected, {119}, -1.0));
+        selected.push_back(table);
+    }
+}
+
+TEST(NBSubsetRecordsTest, AnInterruptLeavesOffBetweenPieces) {
+    std::mt19937 random(1);
+    const TrainedTables trained(RandomSearchData(random, 3000, 5, RandomWeights::kNone));
+    BackwardExecutor executor;
+    Scored scored(trained, &executor);
+    scored.AddRecords(-1.0);
+    scored.fInterrupt.fStopped = true;
+    EXPECT_EQ(scored.Scores({}, {0, 1}), (std::vector<double>{0.0, 0.0}));
+    EXPECT_EQ(executor.fNumRuns, 0);
+}
+
+}  // namespace
