@@ -29,6 +29,10 @@ std::unique_ptr<IFSPredTargetAccum> Make(std::int32_t kind) {
     return accum;
 }
 
+void AddBlock(std::int32_t kind, std::span<const FSBlockPart> parts, const FSBlockCases& cases) {
+    WithClass(kind, [&](auto type) { decltype(type)::type::AddBlock(parts, cases); });
+}
+
 void Merge(IFSPredTargetAccum& into, const IFSPredTargetAccum& from) {
     WithClass(Of(&into), [&](auto type) {
         using Class = typename decltype(type)::type;

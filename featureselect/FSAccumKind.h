@@ -3,8 +3,10 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <type_traits>
 
+#include "featureselect/FSBlockCases.h"
 #include "featureselect/FSCatAccum.h"
 #include "featureselect/FSCatPCatTAccum.h"
 #include "featureselect/FSCatPContTAccum.h"
@@ -60,6 +62,9 @@ std::int32_t Of(const IFSPredTargetAccum* accum);
 
 /// An empty accumulator of the kind; null for kDeleted and unknown numbers.
 std::unique_ptr<IFSPredTargetAccum> Make(std::int32_t kind);
+
+/// Adds the records of a block. REQUIRES: all accumulators are of the kind.
+void AddBlock(std::int32_t kind, std::span<const FSBlockPart> parts, const FSBlockCases& cases);
 
 /// Adds the cases of a later partition. REQUIRES: both of one kind.
 void Merge(IFSPredTargetAccum& into, const IFSPredTargetAccum& from);

@@ -1,6 +1,9 @@
 #include "featureselect/FSCatAccum.h"
 
+#include <vector>
+
 #include "featureselect/FSArchives.h"
+#include "featureselect/FSCellCounts.h"
 #include "featureselect/FSDisplay.h"
 #include "featureselect/FSTruncate.h"
 
@@ -13,6 +16,33 @@ void FSCatAccum::AddValue(double value, double weight, bool track) {
     if (track) fPredCounts.Add(category, weight);
     fProcessed += weight;
     ++fUnweightedValid;
+}
+
+void FSCatAccum::AddBlock(std::span<const FSBlockPart> parts, const FSBlockCases& cases) {
+    AddColumns<FSCatAccum>(parts, cases);
+}
+
+template <class Entry>
+void FSCatAccum::AddEntries(std::span<const Entry> entries, std::uint32_t entryEnd,
+                            const FSBlockCases& cases) {
+    if (!IsDense(entryEnd, cases)) {
+        CountRecords(entries, cases);
+        AddSorted(entries, cases, [](std::int32_t, std::span<const std::uint32_t>) {});
+        return;
+    }
+    std::vector<double> weights = LoadPredCounts(entryEnd);
+    if (CountsExactly(cases)) {
+        const std::vector<std::uint32_t> cells = FSCellCounts::Count(entries, entryEnd, cases);
+        for (std::size_t entry = 1; entry < entryEnd; ++entry) weights[entry] += cells[entry];
+        const auto missing = static_cast<std::int32_t>(cells[0]);
+        CountUnits(cases.fCounted - missing, missing);
+    } else {
+        CountRecords(entries, cases);
+        for (std::size_t row = 0; row < entries.size(); ++row) {
+            if (cases.Counts(row)) weights[entries[row]] += cases.fWeights[row];
+        }
+    }
+    StorePredCounts(weights);
 }
 
 void FSCatAccum::ComputeCriterion(std::int32_t, double&, double&, double&, double&, double&) const {

@@ -1,6 +1,9 @@
 #ifndef PREDSEL_FEATURESELECT_FSCATACCUM_H
 #define PREDSEL_FEATURESELECT_FSCATACCUM_H
 
+#include <span>
+
+#include "featureselect/FSBlockCases.h"
 #include "featureselect/FSCategoricalAccum.h"
 
 /// Category counts of a categorical predictor when there is no target: screening only.
@@ -16,6 +19,10 @@ class FSCatAccum : public FSCategoricalAccum {
                                 double& third, double& fourth) const override;
     void Display(std::ostream& out) const override;
 
+    /// Adds the records of a block for each of the parts, whose accumulators are all of this class:
+    /// the bits are those of one record after the other.
+    static void AddBlock(std::span<const FSBlockPart> parts, const FSBlockCases& cases);
+
     void MergeFrom(const FSCatAccum& other) { MergeCounts(other); }
 
     std::int64_t SaveBinary(std::ostream& stream) const override;
@@ -29,6 +36,13 @@ class FSCatAccum : public FSCategoricalAccum {
         archive(kSaved, self.fProcessed, self.fMissing, self.fFirstCategory, self.fConstant,
                 self.fPredCounts);
     }
+
+ private:
+    friend class FSCategoricalAccum;
+    bool FitsTables() const { return fPredCounts.HasOnlyWeights(); }
+    template <class Entry>
+    void AddEntries(std::span<const Entry> entries, std::uint32_t entryEnd,
+                    const FSBlockCases& cases);
 };
 
 #endif  // PREDSEL_FEATURESELECT_FSCATACCUM_H

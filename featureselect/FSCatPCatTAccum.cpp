@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "featureselect/FSArchives.h"
+#include "featureselect/FSCellCounts.h"
 #include "featureselect/FSCriterion.h"
 #include "featureselect/FSDisplay.h"
 #include "featureselect/FSDistributions.h"
@@ -23,6 +24,121 @@ void FSCatPCatTAccum::AddPair(double predictor, double target, double weight, bo
 }
 
 void FSCatPCatTAccum::AddValue(double, double, bool) {}
+
+void FSCatPCatTAccum::AddBlock(std::span<const FSBlockPart> parts, const FSBlockCases& cases) {
+    AddColumns<FSCatPCatTAccum>(parts, cases);
+}
+
+template <class Entry>
+void FSCatPCatTAccum::AddEntries(std::span<const Entry> entries, std::uint32_t entryEnd,
+                                 const FSBlockCases& cases) {
+    if (!IsDense(entryEnd, cases)) return AddBySorting(entries, cases);
+    const std::size_t classes = cases.Classes();
+    std::vector<double> rows = LoadPredCounts(entryEnd);
+    std::vector<FSMapICntEntry> columns = fTargetCounts.EntriesOf(cases.fClassKeys);
+    std::vector<double> cells = LoadCells(entryEnd, cases.fClassKeys);
+    if (CountsPairsExactly(cases)) {
+        const std::vector<std::uint32_t> counts = FSCellCounts::Count(entries, entryEnd, cases);
+        std::uint32_t missing = 0;
+        for (std::size_t group = 0; group < classes; ++group) {
+            const std::size_t start = group * entryEnd;
+            missing += counts[start];
+            std::uint32_t valid = 0;
+            for (std::size_t entry = 1; entry < entryEnd; ++entry) {
+                const std::uint32_t count = counts[start + entry];
+                cells[start + entry] += count;
+                rows[entry] += count;
+                valid += count;
+            }
+            columns[group].fWeight += valid;
+        }
+        CountUnits(cases.fCounted - static_cast<std::int32_t>(missing),
+                   static_cast<std::int32_t>(missing));
+    } else {
+        CountRecords(entries, cases);
+        for (std::size_t row = 0; row < entries.size(); ++row) {
+            const std::size_t entry = entries[row];
+            if (!cases.Counts(row) || entry == 0) continue;
+            const std::size_t group = cases.fClasses[row];
+            const double weight = cases.fWeights[row];
+            rows[entry] += weight;
+            columns[group].fWeight += weight;
+            cells[group * entryEnd + entry] += weight;
+        }
+    }
+    StorePredCounts(rows);
+    StoreTargetCounts(columns);
+    StoreCells(cells, entryEnd, cases.fClassKeys);
+}
+
+template <class Entry>
+void FSCatPCatTAccum::AddBySorting(std::span<const Entry> entries, const FSBlockCases& cases) {
+    CountRecords(entries, cases);
+    std::vector<FSMapICntEntry> columns = fTargetCounts.EntriesOf(cases.fClassKeys);
+    for (std::size_t row = 0; row < entries.size(); ++row) {
+        if (!cases.Counts(row) || entries[row] == 0) continue;
+        columns[cases.fClasses[row]].fWeight += cases.fWeights[row];
+    }
+    StoreTargetCounts(columns);
+    std::vector<FSMapPiCntEntry> pairs;
+    AddSorted(entries, cases, [&](std::int32_t code, std::span<std::uint32_t> rows) {
+        std::sort(rows.begin(), rows.end(), [&](std::uint32_t a, std::uint32_t b) {
+            return cases.fClasses[a] != cases.fClasses[b] ? cases.fClasses[a] < cases.fClasses[b]
+                                                          : a < b;
+        });
+        for (std::size_t at = 0; at < rows.size();) {
+            const std::uint16_t group = cases.fClasses[rows[at]];
+            FSMapPiCntEntry pair{{code, cases.fClassKeys[group]}, 0.0};
+            fPairCounts.Find(pair.fKey, pair.fWeight);
+            for (; at < rows.size() && cases.fClasses[rows[at]] == group; ++at) {
+                pair.fWeight += cases.fWeights[rows[at]];
+            }
+            pairs.push_back(pair);
+        }
+    });
+    fPairCounts.Replace(pairs);
+}
+
+bool FSCatPCatTAccum::CountsPairsExactly(const FSBlockCases& cases) const {
+    return CountsExactly(cases) && CountsExactly(fTargetCounts, cases) &&
+           std::all_of(fPairCounts.Entries().begin(), fPairCounts.Entries().end(),
+                       [&](const FSMapPiCntEntry& pair) {
+                           return FSCountsExactly(pair.fWeight, cases.fCounted);
+                       });
+}
+
+// Weight per [class * entryEnd + entry], 0 where there is none.
+std::vector<double> FSCatPCatTAccum::LoadCells(std::uint32_t entryEnd,
+                                               std::span<const std::int32_t> classKeys) const {
+    std::vector<double> cells(classKeys.size() * entryEnd);
+    for (const FSMapPiCntEntry& pair : fPairCounts.Entries()) {
+        const std::int64_t entry = std::int64_t{pair.fKey.fPredictor} + 1;
+        if (entry <= 0 || entry >= entryEnd) continue;
+        const auto found = std::lower_bound(classKeys.begin(), classKeys.end(), pair.fKey.fTarget);
+        if (found == classKeys.end() || *found != pair.fKey.fTarget) continue;
+        const auto group = static_cast<std::size_t>(found - classKeys.begin());
+        cells[group * entryEnd + static_cast<std::size_t>(entry)] = pair.fWeight;
+    }
+    return cells;
+}
+
+void FSCatPCatTAccum::StoreCells(std::span<const double> cells, std::uint32_t entryEnd,
+                                 std::span<const std::int32_t> classKeys) {
+    std::vector<FSMapPiCntEntry> pairs;
+    for (std::size_t entry = 1; entry < entryEnd; ++entry) {
+        for (std::size_t group = 0; group < classKeys.size(); ++group) {
+            const double weight = cells[group * entryEnd + entry];
+            if (weight == 0.0) continue;
+            pairs.push_back({{static_cast<std::int32_t>(entry - 1), classKeys[group]}, weight});
+        }
+    }
+    fPairCounts.Replace(pairs);
+}
+
+void FSCatPCatTAccum::StoreTargetCounts(std::vector<FSMapICntEntry>& counts) {
+    std::erase_if(counts, [](const FSMapICntEntry& entry) { return entry.fWeight == 0.0; });
+    fTargetCounts.Replace(counts);
+}
 
 // Calls visit(row total, column total, cell weight) for every cell of the full crosstab, row by
 // row. A pair that never occurred is a cell of weight 0. The occupied cells come in the same order,

@@ -20,6 +20,87 @@ void FSCatPContTAccum::AddPair(double predictor, double target, double weight, b
 
 void FSCatPContTAccum::AddValue(double, double, bool) {}
 
+void FSCatPContTAccum::AddBlock(std::span<const FSBlockPart> parts, const FSBlockCases& cases) {
+    AddColumns<FSCatPContTAccum>(parts, cases);
+}
+
+// As FSMapIStat::Add. A category without a weight is a new one.
+void FSCatPContTAccum::Category::Add(double target, double weight) {
+    if (fWeight > 0.0) {
+        const FSMeanStep step(fWeight, weight);
+        const double shift = step.Shift(target, fMean);
+        fSecondMoment += step.Moment(shift, shift);
+        fMean += shift;
+        fWeight += weight;
+    } else {
+        fMean = target;
+        fWeight = weight;
+    }
+}
+
+template <class Entry>
+void FSCatPContTAccum::AddEntries(std::span<const Entry> entries, std::uint32_t entryEnd,
+                                  const FSBlockCases& cases) {
+    AddToMean(entries, cases);
+    if (!IsDense(entryEnd, cases)) return AddBySorting(entries, cases);
+    std::vector<double> counts = LoadPredCounts(entryEnd);
+    std::vector<Category> categories(entryEnd);
+    for (const FSMapIStatEntry& entry : fTargetStats.Entries()) {
+        const std::int64_t at = std::int64_t{entry.fKey} + 1;
+        if (at <= 0 || at >= entryEnd) continue;
+        categories[static_cast<std::size_t>(at)] = {entry.fWeight, entry.fMean, entry.fSecondMoment,
+                                                    entry.fVariance};
+    }
+    for (std::size_t row = 0; row < entries.size(); ++row) {
+        const std::size_t entry = entries[row];
+        if (!cases.Counts(row) || entry == 0) continue;
+        counts[entry] += cases.fWeights[row];
+        categories[entry].Add(cases.fTargets[row], cases.fWeights[row]);
+    }
+    StorePredCounts(counts);
+    std::vector<FSMapIStatEntry> stats;
+    for (std::size_t entry = 1; entry < entryEnd; ++entry) {
+        const Category& category = categories[entry];
+        if (category.fWeight == 0.0) continue;
+        stats.push_back({static_cast<std::int32_t>(entry - 1), category.fWeight, category.fMean,
+                         category.fSecondMoment, category.fVariance});
+    }
+    fTargetStats.Replace(stats);
+}
+
+template <class Entry>
+void FSCatPContTAccum::AddBySorting(std::span<const Entry> entries, const FSBlockCases& cases) {
+    std::vector<FSMapIStatEntry> stats;
+    AddSorted(entries, cases, [&](std::int32_t code, std::span<const std::uint32_t> rows) {
+        Category category;
+        fTargetStats.Find(code, category.fWeight, category.fMean, category.fSecondMoment,
+                          category.fVariance);
+        for (const std::uint32_t row : rows) {
+            category.Add(cases.fTargets[row], cases.fWeights[row]);
+        }
+        stats.push_back(
+            {code, category.fWeight, category.fMean, category.fSecondMoment, category.fVariance});
+    });
+    fTargetStats.Replace(stats);
+}
+
+// The grand mean and the counters, one record after the other.
+template <class Entry>
+void FSCatPContTAccum::AddToMean(std::span<const Entry> entries, const FSBlockCases& cases) {
+    for (std::size_t row = 0; row < entries.size(); ++row) {
+        if (!cases.Counts(row)) continue;
+        const double weight = cases.fWeights[row];
+        if (entries[row] == 0) {
+            fMissing += weight;
+        } else {
+            fTargetMean +=
+                FSMeanStep(ValidWeight(), weight).Shift(cases.fTargets[row], fTargetMean);
+            ++fUnweightedValid;
+        }
+        fProcessed += weight;
+    }
+}
+
 void FSCatPContTAccum::ComputeCriterion(std::int32_t criterion, double& value, double& tieBreak1,
                                         double& tieBreak2, double& extra1, double& extra2) const {
     SetMissing(value, tieBreak1, tieBreak2, extra1, extra2);

@@ -1,6 +1,9 @@
 #ifndef PREDSEL_FEATURESELECT_FSCATPCONTTACCUM_H
 #define PREDSEL_FEATURESELECT_FSCATPCONTTACCUM_H
 
+#include <span>
+
+#include "featureselect/FSBlockCases.h"
 #include "featureselect/FSCategoricalAccum.h"
 #include "featureselect/FSMapIStat.h"
 
@@ -16,6 +19,10 @@ class FSCatPContTAccum : public FSCategoricalAccum {
     bool GetCriterionForDisplay(std::int32_t criterion, double& first, double& second,
                                 double& third, double& fourth) const override;
     void Display(std::ostream& out) const override;
+
+    /// Adds the records of a block for each of the parts, whose accumulators are all of this class:
+    /// the bits are those of one record after the other.
+    static void AddBlock(std::span<const FSBlockPart> parts, const FSBlockCases& cases);
 
     /// Adds the cases of a later partition (Chan, Golub & LeVeque 1983); partition order counts for
     /// the first category.
@@ -39,6 +46,28 @@ class FSCatPContTAccum : public FSCategoricalAccum {
     bool HasOneCaseRule() const override { return false; }
 
  private:
+    /// One entry of fTargetStats, as it is while a block is added.
+    struct Category {
+        double fWeight = 0;
+        double fMean = 0;
+        double fSecondMoment = 0;
+        double fVariance = 0;
+
+        void Add(double target, double weight);
+    };
+
+    friend class FSCategoricalAccum;
+    bool FitsTables() const {
+        return fPredCounts.HasOnlyWeights() && fTargetStats.HasOnlyWeights();
+    }
+    template <class Entry>
+    void AddEntries(std::span<const Entry> entries, std::uint32_t entryEnd,
+                    const FSBlockCases& cases);
+    template <class Entry>
+    void AddBySorting(std::span<const Entry> entries, const FSBlockCases& cases);
+    template <class Entry>
+    void AddToMean(std::span<const Entry> entries, const FSBlockCases& cases);
+
     double fTargetMean = 0;   // grand mean of the target over valid records
     FSMapIStat fTargetStats;  // of the target, per predictor category
 };

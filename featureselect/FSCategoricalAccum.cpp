@@ -19,6 +19,41 @@ void FSCategoricalAccum::TrackConstant(std::int32_t category) {
     }
 }
 
+void FSCategoricalAccum::CountUnits(std::int32_t valid, std::int32_t missing) {
+    fProcessed += valid + missing;
+    fMissing += missing;
+    fUnweightedValid += valid;
+}
+
+bool FSCategoricalAccum::CountsExactly(const FSBlockCases& cases) const {
+    return cases.fbUnit && FSCountsExactly(fProcessed, cases.fCounted) &&
+           FSCountsExactly(fMissing, cases.fCounted) && CountsExactly(fPredCounts, cases);
+}
+
+bool FSCategoricalAccum::CountsExactly(const FSMapICnt& counts, const FSBlockCases& cases) {
+    return std::all_of(counts.Entries().begin(), counts.Entries().end(), [&](const auto& entry) {
+        return FSCountsExactly(entry.fWeight, cases.fCounted);
+    });
+}
+
+std::vector<double> FSCategoricalAccum::LoadPredCounts(std::uint32_t entryEnd) const {
+    std::vector<double> weights(entryEnd);
+    for (const FSMapICntEntry& entry : fPredCounts.Entries()) {
+        const std::int64_t at = std::int64_t{entry.fKey} + 1;
+        if (at > 0 && at < entryEnd) weights[static_cast<std::size_t>(at)] = entry.fWeight;
+    }
+    return weights;
+}
+
+void FSCategoricalAccum::StorePredCounts(std::span<const double> weights) {
+    std::vector<FSMapICntEntry> counts;
+    for (std::size_t entry = 1; entry < weights.size(); ++entry) {
+        if (weights[entry] == 0.0) continue;
+        counts.push_back({static_cast<std::int32_t>(entry - 1), weights[entry]});
+    }
+    fPredCounts.Replace(counts);
+}
+
 std::int32_t FSCategoricalAccum::CheckDeletion(const FSSettings& settings) const {
     std::vector<std::int32_t> reasons;
     return CheckAllDeletions(settings, reasons) == 0 ? FSDeletionReason::kNone : reasons.front();

@@ -1,11 +1,16 @@
 #ifndef PREDSEL_FEATURESELECT_FSCATEGORICALACCUM_H
 #define PREDSEL_FEATURESELECT_FSCATEGORICALACCUM_H
 
+#include <algorithm>
 #include <cstdint>
 #include <ostream>
+#include <span>
 #include <string_view>
+#include <type_traits>
+#include <variant>
 #include <vector>
 
+#include "featureselect/FSBlockCases.h"
 #include "featureselect/FSMapICnt.h"
 #include "featureselect/IFSPredTargetAccum.h"
 
@@ -23,6 +28,32 @@ class FSCategoricalAccum : public IFSPredTargetAccum {
  protected:
     double ValidWeight() const { return fProcessed - fMissing; }
     void TrackConstant(std::int32_t category);
+    /// Of the valid codes of a block.
+    template <class Entry>
+    void TrackConstants(std::span<const Entry> entries, const FSBlockCases& cases);
+    /// Counts the records of a block, valid and missing, one after the other.
+    template <class Entry>
+    void CountRecords(std::span<const Entry> entries, const FSBlockCases& cases);
+    /// Counts as many records of unit weight at once.
+    void CountUnits(std::int32_t valid, std::int32_t missing);
+    /// Whether unit weights can be added to the counters and to fPredCounts in any order.
+    bool CountsExactly(const FSBlockCases& cases) const;
+    static bool CountsExactly(const FSMapICnt& counts, const FSBlockCases& cases);
+    /// fPredCounts by entry of a column, 0 where there is none.
+    std::vector<double> LoadPredCounts(std::uint32_t entryEnd) const;
+    void StorePredCounts(std::span<const double> weights);
+    /// Adds to fPredCounts, where the codes are too many for a table: calls
+    /// run(code, records of the code in their order) for the codes upwards.
+    template <class Entry, class Run>
+    void AddSorted(std::span<const Entry> entries, const FSBlockCases& cases, Run run);
+    /// Feeds the columns of codes to accumulators of a class by
+    /// Class::AddEntries(entries, end of the entries, cases), and the rest value by value.
+    template <class Class>
+    static void AddColumns(std::span<const FSBlockPart> parts, const FSBlockCases& cases);
+    /// Whether a table of all cells is worth its while.
+    static bool IsDense(std::uint32_t entryEnd, const FSBlockCases& cases) {
+        return (cases.Classes() + 1) * entryEnd <= 4 * cases.Rows() + 4096;
+    }
     /// Adds the counters and predictor categories of a later partition.
     void MergeCounts(const FSCategoricalAccum& other);
     /// Display of the five scalar fields.
@@ -37,5 +68,74 @@ class FSCategoricalAccum : public IFSPredTargetAccum {
     bool fConstant = true;              // no second category so far
     FSMapICnt fPredCounts;              // weight per predictor category
 };
+
+template <class Entry>
+void FSCategoricalAccum::TrackConstants(std::span<const Entry> entries, const FSBlockCases& cases) {
+    for (std::size_t row = 0; fConstant && row < entries.size(); ++row) {
+        if (cases.Counts(row) && entries[row] != 0) {
+            TrackConstant(static_cast<std::int32_t>(entries[row] - 1));
+        }
+    }
+}
+
+template <class Entry>
+void FSCategoricalAccum::CountRecords(std::span<const Entry> entries, const FSBlockCases& cases) {
+    for (std::size_t row = 0; row < entries.size(); ++row) {
+        if (!cases.Counts(row)) continue;
+        fProcessed += cases.fWeights[row];
+        if (entries[row] == 0) {
+            fMissing += cases.fWeights[row];
+        } else {
+            ++fUnweightedValid;
+        }
+    }
+}
+
+template <class Entry, class Run>
+void FSCategoricalAccum::AddSorted(std::span<const Entry> entries, const FSBlockCases& cases,
+                                   Run run) {
+    constexpr int kRowBits = 32;
+    std::vector<std::uint64_t> sorted;  // entry, then row
+    sorted.reserve(entries.size());
+    for (std::size_t row = 0; row < entries.size(); ++row) {
+        if (!cases.Counts(row) || entries[row] == 0) continue;
+        sorted.push_back(std::uint64_t{entries[row]} << kRowBits | row);
+    }
+    std::sort(sorted.begin(), sorted.end());
+    std::vector<FSMapICntEntry> counts;
+    std::vector<std::uint32_t> rows;
+    for (std::size_t at = 0; at < sorted.size();) {
+        const std::uint64_t entry = sorted[at] >> kRowBits;
+        FSMapICntEntry count{static_cast<std::int32_t>(entry - 1), 0.0};
+        fPredCounts.Find(count.fKey, count.fWeight);
+        rows.clear();
+        for (; at < sorted.size() && sorted[at] >> kRowBits == entry; ++at) {
+            rows.push_back(static_cast<std::uint32_t>(sorted[at]));
+            count.fWeight += cases.fWeights[rows.back()];
+        }
+        counts.push_back(count);
+        run(count.fKey, std::span<std::uint32_t>(rows));
+    }
+    fPredCounts.Replace(counts);
+}
+
+template <class Class>
+void FSCategoricalAccum::AddColumns(std::span<const FSBlockPart> parts, const FSBlockCases& cases) {
+    for (const FSBlockPart& part : parts) {
+        auto& accum = static_cast<Class&>(*part.fpAccum);
+        if (!part.fColumn.IsCategorical() || !accum.FitsTables()) {
+            part.AddPlainly(cases);
+            continue;
+        }
+        std::visit(
+            [&]<class Values>(const Values& entries) {
+                if constexpr (!std::is_same_v<Values, MCCommon::BlockColumn::Numbers>) {
+                    accum.TrackConstants(entries, cases);
+                    accum.AddEntries(entries, part.fColumn.fEntryEnd, cases);
+                }
+            },
+            part.fColumn.fValues);
+    }
+}
 
 #endif  // PREDSEL_FEATURESELECT_FSCATEGORICALACCUM_H

@@ -20,6 +20,28 @@ void FSContAccum::AddValue(double value, double weight, bool track) {
     fProcessed += weight;
 }
 
+void FSContAccum::AddBlock(std::span<const FSBlockPart> parts, const FSBlockCases& cases) {
+    AddInLanes<FSContAccum>(parts, cases);
+}
+
+void FSContAccum::AddLanes(std::span<FSContAccum* const> accums,
+                           const FSMomentLanes::Columns& columns, const FSBlockCases& cases) {
+    FSMomentLanes::Single lanes;
+    for (std::size_t lane = 0; lane < accums.size(); ++lane) {
+        const FSContAccum& accum = *accums[lane];
+        accum.LoadWeights(lanes.fWeights, lane);
+        lanes.fMean[lane] = accum.fMean;
+        lanes.fMoment[lane] = accum.fSecondMoment;
+    }
+    FSMomentLanes::Add(lanes, columns, cases);
+    for (std::size_t lane = 0; lane < accums.size(); ++lane) {
+        FSContAccum& accum = *accums[lane];
+        accum.StoreWeights(lanes.fWeights, lane);
+        accum.fMean = lanes.fMean[lane];
+        accum.fSecondMoment = lanes.fMoment[lane];
+    }
+}
+
 void FSContAccum::FinishData() {
     const double valid = ValidWeight();
     if (valid > 1.0) fVariance = fSecondMoment / (valid - 1.0);

@@ -1,6 +1,9 @@
 #ifndef PREDSEL_FEATURESELECT_FSCONTACCUM_H
 #define PREDSEL_FEATURESELECT_FSCONTACCUM_H
 
+#include <span>
+
+#include "featureselect/FSBlockCases.h"
 #include "featureselect/FSContinuousAccum.h"
 
 /// Mean and spread of a continuous predictor when there is no target: screening only.
@@ -16,6 +19,10 @@ class FSContAccum : public FSContinuousAccum {
     bool GetCriterionForDisplay(std::int32_t criterion, double& first, double& second,
                                 double& third, double& fourth) const override;
     void Display(std::ostream& out) const override;
+
+    /// Adds the records of a block for each of the parts, whose accumulators are all of this class:
+    /// the bits are those of one record after the other.
+    static void AddBlock(std::span<const FSBlockPart> parts, const FSBlockCases& cases);
 
     /// Adds the cases of a later partition (Chan, Golub & LeVeque 1983); partition order counts for
     /// the first value.
@@ -38,6 +45,10 @@ class FSContAccum : public FSContinuousAccum {
     double ScreenedStdDev() const override;
 
  private:
+    friend class FSContinuousAccum;
+    static void AddLanes(std::span<FSContAccum* const> accums,
+                         const FSMomentLanes::Columns& columns, const FSBlockCases& cases);
+
     double fMean = 0;
     double fSecondMoment = 0;  // sum of weight * (value - mean)^2
     double fVariance = 0;      // set by FinishData

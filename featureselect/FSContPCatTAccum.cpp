@@ -1,6 +1,8 @@
 #include "featureselect/FSContPCatTAccum.h"
 
+#include <array>
 #include <cmath>
+#include <vector>
 
 #include "featureselect/FSArchives.h"
 #include "featureselect/FSCriterion.h"
@@ -18,6 +20,45 @@ void FSContPCatTAccum::AddPair(double predictor, double target, double weight, b
 }
 
 void FSContPCatTAccum::AddValue(double, double, bool) {}
+
+void FSContPCatTAccum::AddBlock(std::span<const FSBlockPart> parts, const FSBlockCases& cases) {
+    AddInLanes<FSContPCatTAccum>(parts, cases);
+}
+
+bool FSContPCatTAccum::FitsLanes(const FSBlockCases& cases) const {
+    return FSContinuousAccum::FitsLanes(cases) && fPredStats.HasOnlyWeights();
+}
+
+void FSContPCatTAccum::AddLanes(std::span<FSContPCatTAccum* const> accums,
+                                const FSMomentLanes::Columns& columns, const FSBlockCases& cases) {
+    FSMomentLanes::ByClass lanes;
+    lanes.fvClasses.resize(cases.Classes());
+    std::array<std::vector<FSMapIStatEntry>, FSMomentLanes::kLanes> stats;
+    for (std::size_t lane = 0; lane < accums.size(); ++lane) {
+        const FSContPCatTAccum& accum = *accums[lane];
+        accum.LoadWeights(lanes.fWeights, lane);
+        lanes.fMean[lane] = accum.fMean;
+        stats[lane] = accum.fPredStats.EntriesOf(cases.fClassKeys);
+        for (std::size_t at = 0; at < stats[lane].size(); ++at) {
+            lanes.fvClasses[at].fWeight[lane] = stats[lane][at].fWeight;
+            lanes.fvClasses[at].fMean[lane] = stats[lane][at].fMean;
+            lanes.fvClasses[at].fMoment[lane] = stats[lane][at].fSecondMoment;
+        }
+    }
+    FSMomentLanes::Add(lanes, columns, cases);
+    for (std::size_t lane = 0; lane < accums.size(); ++lane) {
+        FSContPCatTAccum& accum = *accums[lane];
+        accum.StoreWeights(lanes.fWeights, lane);
+        accum.fMean = lanes.fMean[lane];
+        for (std::size_t at = 0; at < stats[lane].size(); ++at) {
+            stats[lane][at].fWeight = lanes.fvClasses[at].fWeight[lane];
+            stats[lane][at].fMean = lanes.fvClasses[at].fMean[lane];
+            stats[lane][at].fSecondMoment = lanes.fvClasses[at].fMoment[lane];
+        }
+        std::erase_if(stats[lane], [](const auto& entry) { return entry.fWeight == 0.0; });
+        accum.fPredStats.Replace(stats[lane]);
+    }
+}
 
 void FSContPCatTAccum::ComputeCriterion(std::int32_t criterion, double& value, double& tieBreak1,
                                         double& tieBreak2, double& extra1, double& extra2) const {

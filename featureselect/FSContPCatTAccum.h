@@ -1,6 +1,9 @@
 #ifndef PREDSEL_FEATURESELECT_FSCONTPCATTACCUM_H
 #define PREDSEL_FEATURESELECT_FSCONTPCATTACCUM_H
 
+#include <span>
+
+#include "featureselect/FSBlockCases.h"
 #include "featureselect/FSContinuousAccum.h"
 #include "featureselect/FSMapIStat.h"
 
@@ -17,6 +20,10 @@ class FSContPCatTAccum : public FSContinuousAccum {
     bool GetCriterionForDisplay(std::int32_t criterion, double& first, double& second,
                                 double& third, double& fourth) const override;
     void Display(std::ostream& out) const override;
+
+    /// Adds the records of a block for each of the parts, whose accumulators are all of this class:
+    /// the bits are those of one record after the other.
+    static void AddBlock(std::span<const FSBlockPart> parts, const FSBlockCases& cases);
 
     /// Adds the cases of a later partition (Chan, Golub & LeVeque 1983); partition order counts for
     /// the first value.
@@ -40,6 +47,11 @@ class FSContPCatTAccum : public FSContinuousAccum {
     double ScreenedStdDev() const override;
 
  private:
+    friend class FSContinuousAccum;
+    bool FitsLanes(const FSBlockCases& cases) const;
+    static void AddLanes(std::span<FSContPCatTAccum* const> accums,
+                         const FSMomentLanes::Columns& columns, const FSBlockCases& cases);
+
     double fMean = 0;       // grand mean of the predictor over valid records
     FSMapIStat fPredStats;  // of the predictor, per target category
 };

@@ -24,6 +24,34 @@ void FSContPContTAccum::AddPair(double predictor, double target, double weight, 
 
 void FSContPContTAccum::AddValue(double, double, bool) {}
 
+void FSContPContTAccum::AddBlock(std::span<const FSBlockPart> parts, const FSBlockCases& cases) {
+    AddInLanes<FSContPContTAccum>(parts, cases);
+}
+
+void FSContPContTAccum::AddLanes(std::span<FSContPContTAccum* const> accums,
+                                 const FSMomentLanes::Columns& columns, const FSBlockCases& cases) {
+    FSMomentLanes::Pair lanes;
+    for (std::size_t lane = 0; lane < accums.size(); ++lane) {
+        const FSContPContTAccum& accum = *accums[lane];
+        accum.LoadWeights(lanes.fWeights, lane);
+        lanes.fPredMean[lane] = accum.fPredMean;
+        lanes.fPredMoment[lane] = accum.fPredSecondMoment;
+        lanes.fTargetMean[lane] = accum.fTargetMean;
+        lanes.fTargetMoment[lane] = accum.fTargetSecondMoment;
+        lanes.fCross[lane] = accum.fCrossProduct;
+    }
+    FSMomentLanes::Add(lanes, columns, cases);
+    for (std::size_t lane = 0; lane < accums.size(); ++lane) {
+        FSContPContTAccum& accum = *accums[lane];
+        accum.StoreWeights(lanes.fWeights, lane);
+        accum.fPredMean = lanes.fPredMean[lane];
+        accum.fPredSecondMoment = lanes.fPredMoment[lane];
+        accum.fTargetMean = lanes.fTargetMean[lane];
+        accum.fTargetSecondMoment = lanes.fTargetMoment[lane];
+        accum.fCrossProduct = lanes.fCross[lane];
+    }
+}
+
 void FSContPContTAccum::FinishData() {
     fCorrelation = MCMV::gMissingValue;
     const double divisor = ValidWeight() - 1.0;

@@ -1,6 +1,9 @@
 #ifndef PREDSEL_FEATURESELECT_FSCONTPCONTTACCUM_H
 #define PREDSEL_FEATURESELECT_FSCONTPCONTTACCUM_H
 
+#include <span>
+
+#include "featureselect/FSBlockCases.h"
 #include "featureselect/FSContinuousAccum.h"
 
 /// Means, spreads and cross-product of a continuous predictor and a continuous target, for the t
@@ -19,6 +22,10 @@ class FSContPContTAccum : public FSContinuousAccum {
     bool GetCriterionForDisplay(std::int32_t criterion, double& first, double& second,
                                 double& third, double& fourth) const override;
     void Display(std::ostream& out) const override;
+
+    /// Adds the records of a block for each of the parts, whose accumulators are all of this class:
+    /// the bits are those of one record after the other.
+    static void AddBlock(std::span<const FSBlockPart> parts, const FSBlockCases& cases);
 
     /// Adds the cases of a later partition (Chan, Golub & LeVeque 1983); partition order counts for
     /// the first value.
@@ -43,6 +50,10 @@ class FSContPContTAccum : public FSContinuousAccum {
     double ScreenedStdDev() const override;
 
  private:
+    friend class FSContinuousAccum;
+    static void AddLanes(std::span<FSContPContTAccum* const> accums,
+                         const FSMomentLanes::Columns& columns, const FSBlockCases& cases);
+
     double fPredMean = 0;
     double fPredSecondMoment = 0;  // sum of weight * (predictor - mean)^2
     double fTargetMean = 0;

@@ -19,6 +19,27 @@ void FSContinuousAccum::TrackConstant(double value) {
     }
 }
 
+void FSContinuousAccum::TrackConstants(std::span<const double> values, const FSBlockCases& cases) {
+    for (std::size_t row = 0; fConstant && row < values.size(); ++row) {
+        if (cases.Counts(row) && values[row] != MCMV::gMissingValue) TrackConstant(values[row]);
+    }
+}
+
+bool FSContinuousAccum::FitsLanes(const FSBlockCases& cases) const {
+    return !cases.fbUnit || (FSCountsExactly(fProcessed, cases.fCounted) &&
+                             FSCountsExactly(fMissing, cases.fCounted));
+}
+
+void FSContinuousAccum::LoadWeights(FSMomentLanes::Weights& weights, std::size_t lane) const {
+    weights.fProcessed[lane] = fProcessed;
+    weights.fMissing[lane] = fMissing;
+}
+
+void FSContinuousAccum::StoreWeights(const FSMomentLanes::Weights& weights, std::size_t lane) {
+    fProcessed = weights.fProcessed[lane];
+    fMissing = weights.fMissing[lane];
+}
+
 std::int32_t FSContinuousAccum::CheckDeletion(const FSSettings& settings) const {
     std::vector<std::int32_t> reasons;
     return CheckAllDeletions(settings, reasons) == 0 ? FSDeletionReason::kNone : reasons.front();

@@ -17,7 +17,7 @@ bool FSMapICnt::Find(std::int32_t key, double& weight) const {
 }
 
 void FSMapICnt::MergeFrom(const FSMapICnt& other) {
-    MergeEntries(other, [](FSMapICntEntry& mine, const FSMapICntEntry& theirs) {
+    MergeEntries(other.Entries(), [](FSMapICntEntry& mine, const FSMapICntEntry& theirs) {
         mine.fWeight += theirs.fWeight;
     });
 }

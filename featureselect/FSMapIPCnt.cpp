@@ -22,7 +22,7 @@ bool FSMapIPCnt::Find(std::int32_t key, std::int32_t& count, double& weight) con
 }
 
 void FSMapIPCnt::MergeFrom(const FSMapIPCnt& other) {
-    MergeEntries(other, [](FSMapIPCntEntry& mine, const FSMapIPCntEntry& theirs) {
+    MergeEntries(other.Entries(), [](FSMapIPCntEntry& mine, const FSMapIPCntEntry& theirs) {
         // Counts of a broken state may not fit; FSPredictorSet merges only what does.
         mine.fCount = static_cast<std::int32_t>(static_cast<std::uint32_t>(mine.fCount) +
                                                 static_cast<std::uint32_t>(theirs.fCount));

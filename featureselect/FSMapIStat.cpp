@@ -29,7 +29,7 @@ bool FSMapIStat::Find(std::int32_t key, double& weight, double& mean, double& se
 }
 
 void FSMapIStat::MergeFrom(const FSMapIStat& other) {
-    MergeEntries(other, [](FSMapIStatEntry& mine, const FSMapIStatEntry& theirs) {
+    MergeEntries(other.Entries(), [](FSMapIStatEntry& mine, const FSMapIStatEntry& theirs) {
         const FSMeanJoin join(mine.fWeight, theirs.fWeight);
         const double delta = theirs.fMean - mine.fMean;
         mine.fSecondMoment += theirs.fSecondMoment + join.Moment(delta, delta);

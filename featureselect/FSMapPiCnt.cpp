@@ -17,7 +17,7 @@ bool FSMapPiCnt::Find(FSCategoryPair key, double& weight) const {
 }
 
 void FSMapPiCnt::MergeFrom(const FSMapPiCnt& other) {
-    MergeEntries(other, [](FSMapPiCntEntry& mine, const FSMapPiCntEntry& theirs) {
+    MergeEntries(other.Entries(), [](FSMapPiCntEntry& mine, const FSMapPiCntEntry& theirs) {
         mine.fWeight += theirs.fWeight;
     });
 }

@@ -2,6 +2,7 @@
 #define PREDSEL_FEATURESELECT_FSPREDICTORSET_H
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <iosfwd>
 #include <memory>
@@ -18,6 +19,14 @@
 #include "host/Records.h"
 
 class FSSettings;
+
+struct FSBlockCases;
+
+namespace MCCommon {
+class BlockExecutor;
+class RecordBlockSource;
+struct RecordBlock;
+}  // namespace MCCommon
 
 namespace MCCommonXML {
 class XMLElement;
@@ -46,6 +55,8 @@ class FSPredictorSet {
     FSPredictorSet(const FSSettings& settings, FSCancelState& cancel);
 
     // --- Data pass (FSPredictorSetPass.cpp) ---
+    // Records are read in blocks where the source offers them (FSPredictorSetBlocks.cpp), with the
+    // same state and the same reports; the cancel check then is polled between blocks.
 
     /// Makes one accumulator per predictor, by its kind and the kind of target, and the table of
     /// target categories. False, and nothing done, when they exist already.
@@ -166,6 +177,8 @@ class FSPredictorSet {
 
  private:
     struct Transaction;
+    struct BlockRecords;
+    struct BlockParts;
     struct Outputs;
 
     void BeginPass(bool withTarget);
@@ -173,10 +186,22 @@ class FSPredictorSet {
     void ReadRecords(MCCommon::RecordIterator& records, std::int32_t maxRecords, Take take);
     std::vector<std::int32_t> PredictorColumns(bool withTarget) const;
     bool ReadWeight(const MCCommon::Record& record, double& weight);
+    bool ConvertWeight(double& weight) const;
     bool IsTargetMissing(double target) const;
     template <class AddValid>
     bool FeedPredictors(const MCCommon::Record& record, const std::vector<std::int32_t>& columns,
                         double weight, AddValid addValid);
+    void ReadBlocks(MCCommon::RecordBlockSource& source, std::int32_t maxRecords, bool withTarget);
+    void ReadBlockRecords(const MCCommon::RecordBlock& block, bool withTarget,
+                          BlockRecords& records) const;
+    void AddBlockRows(const MCCommon::RecordBlock& block, const std::vector<std::int32_t>& columns,
+                      const std::vector<std::int32_t>& kinds, const BlockRecords& records,
+                      std::size_t first, std::size_t end, bool withTarget,
+                      MCCommon::BlockExecutor* executor);
+    static void FeedParts(const std::vector<BlockParts>& all, const FSBlockCases& cases,
+                          MCCommon::BlockExecutor* executor);
+    void CountBlockRows(const std::vector<BlockParts>& all, const BlockRecords& records,
+                        std::size_t first, const FSBlockCases& cases, bool withTarget);
     void CountValid(double target, double weight);
     void CountExcluded(double weight);
     FSStatus PassResult(std::int16_t severity) const;

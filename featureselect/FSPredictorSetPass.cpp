@@ -9,6 +9,7 @@
 #include "featureselect/FSRunningStep.h"
 #include "featureselect/FSSettings.h"
 #include "featureselect/FSTruncate.h"
+#include "host/Blocks.h"
 
 namespace {
 
@@ -49,6 +50,10 @@ bool FSPredictorSet::AllocateAccumulators(bool withTarget) {
 FSStatus FSPredictorSet::AccumulateRecords(MCCommon::RecordIterator& records,
                                            std::int32_t maxRecords) {
     BeginPass(true);
+    if (auto* blocks = dynamic_cast<MCCommon::RecordBlockSource*>(&records)) {
+        ReadBlocks(*blocks, maxRecords, true);
+        return PassResult(FSStatus::kError);
+    }
     const std::vector<std::int32_t> columns = PredictorColumns(true);
     ReadRecords(records, maxRecords, [&](const MCCommon::Record& record, double weight) {
         const double target = ValueAt(record, fpSettings->GetTargetPosition());
@@ -75,6 +80,10 @@ FSStatus FSPredictorSet::AccumulateForScreening(MCCommon::RecordIterator& record
     BeginPass(false);
     fWeightedValid = fWeightedExcluded = 0;
     fUnweightedValid = fUnweightedExcluded = 0;
+    if (auto* blocks = dynamic_cast<MCCommon::RecordBlockSource*>(&records)) {
+        ReadBlocks(*blocks, maxRecords, false);
+        return PassResult(FSStatus::kWarning);
+    }
     const std::vector<std::int32_t> columns = PredictorColumns(false);
     ReadRecords(records, maxRecords, [&](const MCCommon::Record& record, double weight) {
         FeedPredictors(record, columns, weight, [weight](IFSPredTargetAccum& accum, double value) {
@@ -229,6 +238,13 @@ bool FSPredictorSet::ReadWeight(const MCCommon::Record& record, double& weight) 
         return true;
     }
     weight = ValueAt(record, column);
+    if (!ConvertWeight(weight)) return false;
+    fNoValidWeight = false;
+    return true;
+}
+
+// Makes a frequency of what the weight column holds; false when it is none.
+bool FSPredictorSet::ConvertWeight(double& weight) const {
     if (weight == MCMV::gMissingValue) return false;
     switch (fpSettings->GetWeightConversion()) {
         case FSSettings::kRoundWeight:
@@ -240,9 +256,7 @@ bool FSPredictorSet::ReadWeight(const MCCommon::Record& record, double& weight) 
         default:
             break;
     }
-    if (!(weight > 0.0)) return false;  // drops NaN too
-    fNoValidWeight = false;
-    return true;
+    return weight > 0.0;  // drops NaN too
 }
 
 bool FSPredictorSet::IsTargetMissing(double target) const {

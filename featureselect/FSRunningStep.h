@@ -2,6 +2,7 @@
 #define PREDSEL_FEATURESELECT_FSRUNNINGSTEP_H
 
 #include <cstdint>
+#include <limits>
 
 #include "host/Progress.h"
 
@@ -27,6 +28,19 @@ class FSRunningStep {
         } else {
             Report(records, predictors);
         }
+    }
+
+    /// How many more calls of Done the next report takes; without a listener more than there are.
+    std::int64_t UntilReport() const {
+        return fpListener == nullptr ? std::numeric_limits<std::int64_t>::max()
+                                     : std::int64_t{fCountdown} + 1;
+    }
+    /// As so many calls of Done, of which the last has these numbers. REQUIRES: units at most
+    /// UntilReport().
+    void DoneTogether(std::int64_t units, std::int32_t records, std::int32_t predictors) {
+        if (fpListener == nullptr || units == 0) return;
+        fCountdown -= static_cast<std::int32_t>(units - 1);
+        Done(records, predictors);
     }
 
  private:

@@ -1,8 +1,10 @@
 #ifndef PREDSEL_FEATURESELECT_FSSORTEDENTRIES_H
 #define PREDSEL_FEATURESELECT_FSSORTEDENTRIES_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -17,6 +19,31 @@ class FSSortedEntries {
     /// REQUIRES: 0 <= position < Size(). Positions follow the keys upwards.
     const Entry& GetAt(std::int32_t position) const {
         return fvEntries[static_cast<std::size_t>(position)];
+    }
+    /// Ascending by key.
+    std::span<const Entry> Entries() const { return fvEntries; }
+    /// The entries of some keys, ascending; for a key that has none, an empty one.
+    std::vector<Entry> EntriesOf(std::span<const Key> keys) const {
+        std::vector<Entry> found;
+        found.reserve(keys.size());
+        auto mine = fvEntries.begin();
+        for (const Key& key : keys) {
+            while (mine != fvEntries.end() && mine->fKey < key) ++mine;
+            const bool exists = mine != fvEntries.end() && mine->fKey == key;
+            found.push_back(exists ? *mine : Entry{});
+            found.back().fKey = key;
+        }
+        return found;
+    }
+    /// Whether every weight is above 0, as it is but for a broken saved state.
+    bool HasOnlyWeights() const {
+        return std::all_of(fvEntries.begin(), fvEntries.end(),
+                           [](const Entry& entry) { return entry.fWeight > 0.0; });
+    }
+    /// Puts each of the entries, ascending by key, in the place of the one with its key, or in
+    /// between where there is none.
+    void Replace(std::span<const Entry> entries) {
+        MergeEntries(entries, [](Entry& mine, const Entry& theirs) { mine = theirs; });
     }
 
  protected:
@@ -36,14 +63,14 @@ class FSSortedEntries {
         return {fvEntries[position], existed};
     }
 
-    /// Takes over the other's entries in one walk through both: combine(mine, theirs) where the key
-    /// is in both, a copy where it is new.
+    /// Takes over other entries, ascending by key, in one walk through both: combine(mine, theirs)
+    /// where the key is in both, a copy where it is new.
     template <class Combine>
-    void MergeEntries(const FSSortedEntries& other, Combine combine) {
+    void MergeEntries(std::span<const Entry> others, Combine combine) {
         std::vector<Entry> merged;
-        merged.reserve(fvEntries.size() + other.fvEntries.size());
+        merged.reserve(fvEntries.size() + others.size());
         auto mine = fvEntries.begin();
-        for (const Entry& theirs : other.fvEntries) {
+        for (const Entry& theirs : others) {
             while (mine != fvEntries.end() && mine->fKey < theirs.fKey) merged.push_back(*mine++);
             if (mine != fvEntries.end() && mine->fKey == theirs.fKey) {
                 combine(*mine, theirs);

@@ -1,0 +1,342 @@
+#include <algorithm>
+#include <cstddef>
+#include <limits>
+#include <memory>
+#include <numeric>
+#include <optional>
+#include <random>
+#include <thread>
+#include <variant>
+
+#include "featureselect/tests/PredictorSetFixture.h"
+#include "host/Blocks.h"
+#include "tests/support/RandomSeed.h"
+
+// The same records in blocks and one by one: the saved states must be equal byte for byte.
+
+namespace {
+
+using MCCommon::BlockColumn;
+using testsupport::ProgressRecorder;
+
+/// One column of random records, in the form that a block holds it in.
+struct RandomColumn {
+    std::variant<std::vector<std::uint8_t>, std::vector<std::uint16_t>, std::vector<std::uint32_t>,
+                 std::vector<double>>
+        fValues;
+    std::uint32_t fEntryEnd = 1;
+
+    double At(std::size_t row) const {
+        return std::visit(
+            [&]<class Values>(const Values& values) {
+                const auto value = static_cast<double>(values[row]);
+                return std::is_same_v<Values, std::vector<double>> ? value : value - 1.0;
+            },
+            fValues);
+    }
+    BlockColumn Part(std::size_t first, std::size_t count) const {
+        BlockColumn column{{}, fEntryEnd};
+        std::visit(
+            [&](const auto& values) { column.fValues = std::span(values).subspan(first, count); },
+            fValues);
+        return column;
+    }
+};
+
+using RandomColumns = std::vector<RandomColumn>;
+
+class OneByOne : public MCCommon::RecordIterator {
+ public:
+    OneByOne(const RandomColumns& columns, std::size_t rows) : fColumns(columns), fRows(rows) {}
+    bool HasMore() override { return fNext < fRows; }
+    const MCCommon::Record* Next() override {
+        if (!HasMore()) return nullptr;
+        fRecord = MCCommon::Record(static_cast<std::int32_t>(fColumns.size()));
+        for (std::size_t column = 0; column < fColumns.size(); ++column) {
+            fRecord[static_cast<std::int32_t>(column)] = fColumns[column].At(fNext);
+        }
+        ++fNext;
+        return &fRecord;
+    }
+    std::int32_t GetFailReason() const override {
+        return fNext < fRows ? MCCommon::kITER_SUCCESS : MCCommon::kITER_NO_VALID_CASE;
+    }
+
+ protected:
+    const RandomColumns& fColumns;
+    std::size_t fRows;
+    std::size_t fNext = 0;
+    MCCommon::Record fRecord;
+};
+
+/// Runs the tasks on so many threads, the later ones first.
+class Threads : public MCCommon::BlockExecutor {
+ public:
+    explicit Threads(std::int32_t threads) : fThreads(threads) {}
+    void Run(std::int32_t count, const std::function<void(std::int32_t)>& task) override {
+        std::vector<std::thread> threads;
+        for (std::int32_t thread = 0; thread < fThreads; ++thread) {
+            threads.emplace_back([&, thread] {
+                for (std::int32_t number = count - 1 - thread; number >= 0; number -= fThreads) {
+                    task(number);
+                }
+            });
+        }
+        for (std::thread& thread : threads) thread.join();
+    }
+
+ private:
+    std::int32_t fThreads;
+};
+
+class InBlocks : public OneByOne, public MCCommon::RecordBlockSource {
+ public:
+    InBlocks(const RandomColumns& columns, std::size_t rows, std::size_t blockRows,
+             std::int32_t threads)
+        : OneByOne(columns, rows), fBlockRows(blockRows) {
+        if (threads > 0) fThreads.emplace(threads);
+    }
+    const MCCommon::RecordBlock* NextBlock(std::int32_t maxRows) override {
+        const std::size_t rows =
+            std::min({fRows - fNext, fBlockRows, static_cast<std::size_t>(maxRows)});
+        if (rows == 0) return nullptr;
+        fBlock.fRows = static_cast<std::int32_t>(rows);
+        fBlock.fvColumns.clear();
+        for (const RandomColumn& column : fColumns) {
+            fBlock.fvColumns.push_back(column.Part(fNext, rows));
+        }
+        fNext += rows;
+        return &fBlock;
+    }
+    MCCommon::BlockExecutor* GetExecutor() override { return fThreads ? &*fThreads : nullptr; }
+
+ private:
+    std::size_t fBlockRows;
+    std::optional<Threads> fThreads;
+    MCCommon::RecordBlock fBlock;
+};
+
+/// A data set, its settings and a way of reading it, all drawn at random.
+class Drawn {
+ public:
+    explicit Drawn(std::uint32_t seed) : fEngine(seed) {
+        fRows = Pick<std::size_t>({0, 1, 2, 63, 64, 300, 1000, 3000, 3000, 20000});
+        const int predictors = fRows > 10000 ? Between(1, 6) : Between(1, 25);
+        const bool targetCategorical = Chance(0.6);
+        std::vector<bool> categorical;
+        for (int predictor = 0; predictor < predictors; ++predictor) {
+            categorical.push_back(Chance(0.5));
+        }
+        fSettings = FSSettings(categorical, targetCategorical);
+        fbWithTarget = Chance(0.8);
+        if (fbWithTarget && Chance(0.95)) {
+            fSettings.SetTargetPosition(Chance(0.1) ? Between(0, predictors + 3) : 0);
+        } else {
+            fSettings.SetTargetPosition(-1);
+        }
+        const bool hasTarget = fbWithTarget && fSettings.GetTargetPosition() >= 0;
+        const bool hasWeight = Chance(0.6);
+        if (hasTarget) fvColumns.push_back(TargetColumn(targetCategorical));
+        if (hasWeight) {
+            fSettings.SetWeightPosition(Chance(0.1) ? Between(0, predictors + 3)
+                                                    : static_cast<int>(fvColumns.size()));
+            fSettings.SetWeightConversion(Between(0, 3));
+            fvColumns.push_back(WeightColumn());
+        }
+        for (const bool one : categorical) {
+            // Now and then not in the form that goes with the predictor.
+            fvColumns.push_back(PredictorColumn(Chance(0.1) ? !one : one));
+        }
+        if (Chance(0.1)) fvColumns.resize(fvColumns.size() / 2);
+        fMaxRecords = Chance(0.7) ? -1 : Between(0, static_cast<int>(fRows));
+        fBlockRows = Pick<std::size_t>({1, 7, 64, 100, 1000, 5000, 70000});
+        if (fRows * 10 / fBlockRows > 20000) fBlockRows = 64;
+        fThreads = Between(0, 3);
+        fbListens = Chance(0.4);
+        fSettings.SetRecordsToSkip(Pick<std::int32_t>({0, 1, 70, 99, 500, 5000}));
+        fCancelAt = Chance(0.5) ? Between(0, 20) : -1;
+    }
+
+    struct Result {
+        std::vector<std::byte> fState;
+        std::vector<std::int32_t> fReports;
+        std::vector<std::uint32_t> fCodes;
+    };
+
+    /// Two passes, as a state that is not empty is added to as well.
+    Result Read(bool inBlocks) {
+        FSCancelState cancel;
+        ProgressRecorder recorder;
+        recorder.fOnReport = [&] {
+            if (fCancelAt >= 0 && std::ssize(recorder.fvReports) > fCancelAt) cancel.Cancel();
+        };
+        FSSettings settings = fSettings;
+        if (fbListens) settings.SetProgressListener(&recorder);
+        FSPredictorSet set(settings, cancel);
+        Result result;
+        for (int pass = 0; pass < 2; ++pass) {
+            std::unique_ptr<MCCommon::RecordIterator> records;
+            if (inBlocks) {
+                records = std::make_unique<InBlocks>(fvColumns, fRows, fBlockRows, fThreads);
+            } else {
+                records = std::make_unique<OneByOne>(fvColumns, fRows);
+            }
+            const FSStatus status = fbWithTarget
+                                        ? set.AccumulateRecords(*records, fMaxRecords)
+                                        : set.AccumulateForScreening(*records, fMaxRecords);
+            result.fCodes.push_back(status.fCode);
+        }
+        ClearElapsed(set);
+        result.fState = testsupport::Save(set);
+        result.fReports = recorder.Records();
+        return result;
+    }
+
+ private:
+    bool Chance(double probability) { return std::bernoulli_distribution(probability)(fEngine); }
+    int Between(int low, int high) {
+        return std::uniform_int_distribution<int>(low, high)(fEngine);
+    }
+    double Normal() { return std::normal_distribution<double>()(fEngine); }
+    template <class T>
+    T Pick(std::vector<T> from) {
+        return from[static_cast<std::size_t>(Between(0, static_cast<int>(from.size()) - 1))];
+    }
+
+    template <class Draw>
+    RandomColumn NumberColumn(Draw draw) {
+        std::vector<double> values(fRows);
+        for (double& value : values) value = draw();
+        return {std::move(values), 1};
+    }
+
+    template <class Entry>
+    RandomColumn CodeColumnOf(int levels, double missing) {
+        std::vector<Entry> values(fRows);
+        const bool skewed = Chance(0.3);
+        for (Entry& value : values) {
+            if (Chance(missing)) continue;
+            value = static_cast<Entry>(skewed && Chance(0.95) ? 1 : Between(1, levels));
+        }
+        return {std::move(values), static_cast<std::uint32_t>(levels) + 1};
+    }
+    RandomColumn CodeColumn(int levels, double missing) {
+        const int width = Between(0, 2);
+        if (levels < 256 && width == 0) return CodeColumnOf<std::uint8_t>(levels, missing);
+        if (levels < 65536 && width < 2) return CodeColumnOf<std::uint16_t>(levels, missing);
+        return CodeColumnOf<std::uint32_t>(levels, missing);
+    }
+
+    RandomColumn TargetColumn(bool categorical) {
+        const double missing = Pick<double>({0, 0.02, 0.5});
+        if (categorical && Chance(0.7)) return CodeColumn(Pick<int>({1, 2, 3, 10, 300}), missing);
+        if (categorical) {
+            const std::vector<double> codes = Pick<std::vector<double>>(
+                {{0, 1, 2.7, -1.0, -1.5, -2, -0.5}, {5e9, -5e9, 2147483647.0, 0, -7, 1e6}, {3}});
+            return NumberColumn([&] { return Chance(missing) ? kMissing : Pick(codes); });
+        }
+        if (Chance(0.1)) return CodeColumn(5, missing);
+        const double centre = Pick<double>({0, 1e9});
+        return NumberColumn([&] {
+            if (Chance(missing)) return kMissing;
+            return Chance(0.1) ? Pick<double>({0.0, -0.0, -1.0}) : centre + Normal();
+        });
+    }
+
+    RandomColumn WeightColumn() {
+        if (Chance(0.1)) return CodeColumn(4, 0.1);
+        const std::vector<double> weights = Pick<std::vector<double>>(
+            {{1},
+             {1, 1, 1, 1, 0, -1, kMissing},
+             {1, 2, 3, 0, kMissing},
+             {0.3, 0.7, 1.1, 1e-9, 1e9, 0, -2, kMissing, 0.4, 2.5},
+             {0, -1, kMissing, std::numeric_limits<double>::quiet_NaN()}});
+        return NumberColumn([&] { return Pick(weights); });
+    }
+
+    RandomColumn PredictorColumn(bool categorical) {
+        const double missing = Pick<double>({0, 0.02, 0.02, 0.6, 0.999, 1});
+        if (categorical && Chance(0.8)) {
+            return CodeColumn(Pick<int>({1, 2, 5, 20, 200, 5000, 100000}), missing);
+        }
+        if (categorical) {
+            return NumberColumn([&] {
+                return Chance(missing) ? kMissing
+                                       : Pick<double>({-3, -2, -1, -1.2, -0.9, 0, 1, 1.5, 8, 3e9});
+            });
+        }
+        const int kind = Between(0, 4);
+        return NumberColumn([&] {
+            if (Chance(missing)) return kMissing;
+            switch (kind) {
+                case 0:
+                    return 1e9 + Normal();
+                case 1:
+                    return Pick<double>({0.0, -0.0});
+                case 2:
+                    return Chance(0.01) ? std::numeric_limits<double>::infinity() : Normal();
+                case 3:
+                    return 7.25;
+                default:
+                    return Normal();
+            }
+        });
+    }
+
+    std::mt19937 fEngine;
+    FSSettings fSettings;
+    RandomColumns fvColumns;
+    std::size_t fRows = 0;
+    bool fbWithTarget = true;
+    std::int32_t fMaxRecords = -1;
+    std::size_t fBlockRows = 1;
+    std::int32_t fThreads = 0;
+    bool fbListens = false;
+    std::int32_t fCancelAt = -1;
+};
+
+TEST(FSPredictorSetBlocks, GiveTheStateOfRecordsOneByOneByteForByte) {
+    const std::uint32_t seed = testsupport::RandomSeed();
+    for (std::uint32_t round = 0; round < 150; ++round) {
+        Drawn drawn(seed + round);
+        const Drawn::Result plain = drawn.Read(false);
+        const Drawn::Result blocks = drawn.Read(true);
+        ASSERT_EQ(blocks.fReports, plain.fReports) << "seed " << seed + round;
+        ASSERT_EQ(blocks.fCodes, plain.fCodes) << "seed " << seed + round;
+        ASSERT_TRUE(blocks.fState == plain.fState) << "seed " << seed + round;
+    }
+}
+
+TEST(FSPredictorSetBlocks, AreReadNoFurtherThanTheLastRecordThatCounts) {
+    RandomColumns columns(2);
+    columns[0] = {std::vector<std::uint8_t>{1, 2, 1, 2, 1, 2}, 3};
+    columns[1] = {std::vector<double>{1, 0, 1, 0, 1, 1}, 1};  // weights
+    FSSettings settings(1, kCategorical, true);
+    settings.SetTargetPosition(-1);
+    settings.SetWeightPosition(1);
+    FSCancelState cancel;
+    FSPredictorSet set(settings, cancel);
+    InBlocks records(columns, 6, 70000, 0);
+    EXPECT_TRUE(set.AccumulateForScreening(records, 3).IsOk());
+    EXPECT_EQ(CountsOf(set), (RecordCounts{0, 3, 0, 3}));
+    const MCCommon::Record* next = records.Next();
+    ASSERT_NE(next, nullptr);
+    EXPECT_EQ((*next)[0], 1.0);
+    EXPECT_EQ(records.Next(), nullptr);
+}
+
+TEST(FSPredictorSetBlocks, StopAtACancelBetweenTwoBlocks) {
+    RandomColumns columns(2);
+    columns[0] = {std::vector<std::uint8_t>(1000, 1), 3};
+    columns[1] = {std::vector<double>(1000, 0.5), 1};
+    FSSettings settings(1, kContinuous, true);
+    settings.SetTargetPosition(0);
+    testsupport::CancelAtPoll check(4);  // two polls a block
+    FSCancelState cancel(&check);
+    FSPredictorSet set(settings, cancel);
+    InBlocks records(columns, 1000, 100, 0);
+    EXPECT_TRUE(set.AccumulateRecords(records, -1).IsOk());
+    EXPECT_EQ(CountsOf(set), (RecordCounts{200, 0, 200, 0}));
+}
+
+}  // namespace
