@@ -54,6 +54,8 @@ SCREENING_FORMS = {
     "polars": ("lazy", "onepass", "eager", "stream"),
     "scikit-learn": ("",),
 }
+# Thousands of grouping sets in one statement don't come to an end.
+WIDE_FORMS = SCREENING_FORMS | {"duckdb": ("hist", "each")}
 SEARCH_FORMS = {"numpy": ("",), "numba": ("logs", "products"), "scikit-learn": ("",)}
 SCORING_FORMS = {"numpy": ("table", "scores"), "scikit-learn": ("table",)}
 SCRIPT_OF = {"scikit-learn": "sklearn"}
@@ -185,9 +187,11 @@ class Bench:
             raise Disagreement(f"{section['workload']} {section['data']}: " + "\n".join(said[-5:]))
 
     def bar(self, section, what, measured, limit, unit=""):
+        # The bars hold for the whole tables; on smaller ones start-up is most of every time.
+        judged = measured is not None and (self.given.scale == 1 or section["workload"] == "W6")
         section["bars"].append(
             {"what": what, "measured": measured, "limit": limit, "unit": unit,
-             "met": None if measured is None else bool(measured <= limit)}
+             "met": bool(measured <= limit) if judged else None}
         )  # fmt: skip
 
     def ratio_bars(self, section, commands, peers, floor=False):
@@ -214,7 +218,7 @@ class Bench:
                     "predselect",
                     [*select, "--screening", "off", "--show-unselected", 1_000_000, "--quiet", "--json", own], own,
                 ),
-                *self.peers("screen", SCREENING_FORMS, data, "csv"),
+                *self.peers("screen", WIDE_FORMS if workload == "W3" else SCREENING_FORMS, data, "csv"),
                 *self.floors("ParquetFloor" if kind == "parquet" else "CsvFloor", data, THREADS),
             ]  # fmt: skip
             section = self.alternate(workload, kind, commands)

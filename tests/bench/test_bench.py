@@ -1,0 +1,119 @@
+"""The benchmark itself, on tables so small that its times mean nothing: it runs, compares, and fails
+where results disagree."""
+
+import json
+import shutil
+import subprocess
+import sys
+
+import pyarrow.parquet
+import pytest
+
+WORKLOADS = ("W1", "W4", "W5", "W6")
+
+
+@pytest.fixture(scope="module")
+def output(program, root, tmp_path_factory):
+    folder = tmp_path_factory.mktemp("bench")
+    done = subprocess.run(
+        [sys.executable, root / "bench" / "run.py", *WORKLOADS, "--runs", "1", "--scale", "0.002",
+         "--peers", "numpy", "--program", program.path, "--output", folder],
+        capture_output=True, text=True,
+    )  # fmt: skip
+    assert done.returncode == 0, done.stdout + done.stderr
+    return folder
+
+
+def check(root, kind, own, peer):
+    return subprocess.run(
+        [sys.executable, root / "bench" / "check.py", kind, own, peer], capture_output=True, text=True
+    )
+
+
+def test_the_results_are_written_with_a_section_for_each_file(output):
+    results = json.loads((output / "results.json").read_text())
+    assert results["agreed"]
+    assert {section["workload"] for section in results["sections"]} == set(WORKLOADS)
+    for section in results["sections"]:
+        for command in section["commands"]:
+            assert all(m["wall"] > 0 and m["peak"] > 0 for m in command["measurements"])
+            assert command["measurements"]
+
+
+def test_every_peer_of_a_workload_is_compared(output):
+    results = json.loads((output / "results.json").read_text())
+    for section in results["sections"]:
+        peers = [c for c in section["commands"] if c["kind"] == "peer"]
+        assert len(section["agreement"]) == len(peers)
+
+
+def test_the_report_comes_as_text_and_as_markdown(root, output):
+    for option, mark in (((), "All results agree."), (("--markdown",), "| Command | Median s |")):
+        done = subprocess.run(
+            [sys.executable, root / "bench" / "report.py", output / "results.json", *option],
+            capture_output=True, text=True,
+        )  # fmt: skip
+        assert done.returncode == 0, done.stderr
+        assert mark in done.stdout
+
+
+def test_the_same_arguments_make_the_same_table(root, output, tmp_path):
+    subprocess.run(
+        [sys.executable, root / "bench" / "generate.py", "W4", "--scale", "0.002", "--directory", tmp_path], check=True
+    )
+    first, second = (folder / "W4.csv" for folder in (output / "data" / "scale-0.002", tmp_path))
+    assert first.read_bytes() == second.read_bytes()
+
+
+@pytest.mark.parametrize("column", ["statistic", "p", "df1"])
+def test_a_statistic_that_differs_is_found(root, output, tmp_path, column):
+    peer = output / "runs" / "screen.numpy.csv"
+    lines = peer.read_text().splitlines()
+    at = lines[0].split(",").index(column)
+    cells = lines[50].split(",")
+    cells[at] = str(int(cells[at]) + 1) if column == "df1" else repr(float(cells[at]) * (1 + 1e-6) + 1e-6)
+    lines[50] = ",".join(cells)
+    wrong = tmp_path / "wrong.csv"
+    wrong.write_text("\n".join(lines) + "\n")
+    assert check(root, "screen", output / "runs" / "screen.json", peer).returncode == 0
+    done = check(root, "screen", output / "runs" / "screen.json", wrong)
+    assert done.returncode == 1 and cells[0] in done.stdout
+
+
+def test_a_chain_in_another_order_is_found(root, output, tmp_path):
+    peer = output / "runs" / "subset.numpy.csv"
+    lines = peer.read_text().splitlines()
+    lines[3], lines[4] = lines[4], lines[3]
+    wrong = tmp_path / "wrong.csv"
+    wrong.write_text("\n".join(lines) + "\n")
+    assert check(root, "chain", output / "runs" / "chain.json", peer).returncode == 0
+    assert check(root, "chain", output / "runs" / "chain.json", wrong).returncode == 1
+
+
+def test_a_probability_that_differs_is_found(root, output, tmp_path):
+    peer = output / "runs" / "scores.numpy.scores.parquet"
+    table = pyarrow.parquet.read_table(peer)
+    name = table.column_names[-1]
+    values = table[name].to_pylist()
+    values[7] += 1e-8
+    wrong = tmp_path / "wrong.parquet"
+    pyarrow.parquet.write_table(
+        table.set_column(table.num_columns - 1, name, pyarrow.array(values)), wrong
+    )
+    own = output / "runs" / "scored.parquet"
+    assert check(root, "scores", own, peer).returncode == 0
+    assert check(root, "scores", own, wrong).returncode == 1
+
+
+def test_a_program_that_fails_fails_the_run(root, output, tmp_path):
+    shutil.copytree(output / "data", tmp_path / "data")
+    failing = tmp_path / "predselect"
+    failing.write_text('#!/bin/sh\n[ "$1" = --version ] && echo failing || exit 1\n')
+    failing.chmod(0o755)
+    done = subprocess.run(
+        [sys.executable, root / "bench" / "run.py", "W4", "--runs", "1", "--scale", "0.002",
+         "--peers", "numpy", "--program", failing, "--output", tmp_path],
+        capture_output=True, text=True,
+    )  # fmt: skip
+    assert done.returncode == 1
+    assert not json.loads((tmp_path / "results.json").read_text())["agreed"]
