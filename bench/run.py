@@ -140,9 +140,9 @@ class Bench:
 
     # Measuring.
 
-    def alternate(self, workload, kind, commands):
+    def alternate(self, workload, kind, commands, runs=None):
         """Rounds of all commands; then one section of the results."""
-        for round_number in range(self.given.runs + 1):
+        for round_number in range((runs or self.given.runs) + 1):
             for command in commands:
                 if command.finished:
                     continue
@@ -306,9 +306,7 @@ class Bench:
     def start_up(self, workload):
         words = ["select", "--data", ROOT / "data" / "penguins.csv", "--target", "species", "--threads", THREADS]
         command = self.program("predselect", words)
-        rounds, self.given.runs = self.given.runs, START_UP_RUNS
-        section = self.alternate(workload, "344 rows", [command])
-        self.given.runs = rounds
+        section = self.alternate(workload, "344 rows", [command], START_UP_RUNS)
         self.bar(section, "processor time", command.median("processor") * 1e3, START_UP_SECONDS * 1e3, "ms")
 
     def run(self):
