@@ -9,10 +9,15 @@
 
 namespace MCNaive {
 
+namespace {
+
+constexpr std::size_t kPieceBytes = std::size_t{1} << 20;
+
+}  // namespace
+
 BinaryRecordIterator::BinaryRecordIterator(std::FILE* file, std::string path,
                                            std::int32_t recordSize)
     : fCurrent(std::max(recordSize, 0)),
-      fNext(std::max(recordSize, 0)),
       fpFile(file),
       fPath(std::move(path)),
       fRecordSize(recordSize) {
@@ -21,7 +26,13 @@ BinaryRecordIterator::BinaryRecordIterator(std::FILE* file, std::string path,
         fStatus = MCCommon::kITER_ERROR;
         return;
     }
-    ReadAhead();
+    if (fRecordSize < 1) {
+        fStatus = MCCommon::kITER_ERROR;
+        return;
+    }
+    const auto size = static_cast<std::size_t>(fRecordSize);
+    fvPiece.resize(std::max(kPieceBytes / sizeof(double) / size, std::size_t{1}) * size);
+    ReadPiece();
 }
 
 BinaryRecordIterator::~BinaryRecordIterator() {
@@ -35,36 +46,40 @@ bool BinaryRecordIterator::HasMore() { return fStatus == MCCommon::kITER_SUCCESS
 
 const MCCommon::Record* BinaryRecordIterator::Next() {
     if (fStatus != MCCommon::kITER_SUCCESS) return nullptr;
-    ReadAhead();
+    std::copy_n(fvPiece.data() + fNext, fRecordSize, &fCurrent[0]);
+    fNext += static_cast<std::size_t>(fRecordSize);
+    if (fNext == fEnd) ReadPiece();
     return &fCurrent;
 }
 
 std::int32_t BinaryRecordIterator::NewPass() {
-    if (fStatus == MCCommon::kITER_NO_NEW_PASS || fpFile == nullptr) return fStatus;
+    if (fStatus == MCCommon::kITER_NO_NEW_PASS || fvPiece.empty()) return fStatus;
     if (std::fseek(fpFile.get(), 0, SEEK_SET) != 0) {
         fStatus = MCCommon::kITER_ERROR;
         return fStatus;
     }
     std::clearerr(fpFile.get());  // a read that failed once may be repeated
     fStatus = MCCommon::kITER_SUCCESS;
-    ReadAhead();
+    fbTorn = false;
+    ReadPiece();
     return fStatus;
 }
 
-void BinaryRecordIterator::ReadAhead() {
-    // fNext gets the old record's memory, which the read below fills.
-    std::swap(fCurrent, fNext);
-    if (fStatus != MCCommon::kITER_SUCCESS) return;
-    if (fRecordSize < 1) {
+void BinaryRecordIterator::ReadPiece() {
+    fNext = 0;
+    fEnd = 0;
+    if (fbTorn) {
         fStatus = MCCommon::kITER_ERROR;
         return;
     }
     // In bytes, so that a file that ends within a value is told from one that ends with it.
-    const std::size_t wanted = static_cast<std::size_t>(fRecordSize) * sizeof(double);
-    const std::size_t got = std::fread(&fNext[0], 1, wanted, fpFile.get());
-    if (got == wanted) return;
-    fStatus = got == 0 && std::feof(fpFile.get()) != 0 ? MCCommon::kITER_NO_VALID_CASE
-                                                       : MCCommon::kITER_ERROR;
+    const std::size_t recordBytes = static_cast<std::size_t>(fRecordSize) * sizeof(double);
+    const std::size_t wanted = fvPiece.size() * sizeof(double);
+    const std::size_t got = std::fread(fvPiece.data(), 1, wanted, fpFile.get());
+    fEnd = got / recordBytes * static_cast<std::size_t>(fRecordSize);
+    fbTorn = got % recordBytes != 0 || (got < wanted && std::feof(fpFile.get()) == 0);
+    if (fEnd > 0) return;
+    fStatus = fbTorn ? MCCommon::kITER_ERROR : MCCommon::kITER_NO_VALID_CASE;
 }
 
 }  // namespace MCNaive

@@ -1,17 +1,20 @@
 #ifndef PREDSEL_NAIVEBAYES_BINARYRECORDITERATOR_H
 #define PREDSEL_NAIVEBAYES_BINARYRECORDITERATOR_H
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "host/Records.h"
 
 namespace MCNaive {
 
 /// Prepared records in a temporary file: doubles as they stand in memory, one record behind the
-/// other, no header. Reads one record ahead. The file goes when the iterator goes.
+/// other, no header. Reads large pieces, at least one record ahead. The file goes when the iterator
+/// goes.
 class BinaryRecordIterator : public MCCommon::MultiPassRecordIter {
  public:
     /// Takes over an open file, which stands on its first record, and its path. recordSize in
@@ -33,10 +36,14 @@ class BinaryRecordIterator : public MCCommon::MultiPassRecordIter {
     struct FileCloser {
         void operator()(std::FILE* file) const { std::fclose(file); }
     };
-    void ReadAhead();
+    /// Reads the next piece. Sets the status when there is no further record.
+    void ReadPiece();
 
     MCCommon::Record fCurrent;
-    MCCommon::Record fNext;
+    std::vector<double> fvPiece;                    // whole records, from the file
+    std::size_t fNext = 0;                          // in fvPiece: the record that comes next
+    std::size_t fEnd = 0;                           // in fvPiece: behind the last record
+    bool fbTorn = false;                            // the file ends within the record behind it
     std::unique_ptr<std::FILE, FileCloser> fpFile;  // null only when none was given
     std::string fPath;
     std::int32_t fRecordSize;  // doubles

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "host/Blocks.h"
 #include "host/Records.h"
 #include "host/Xml.h"
 #include "naivebayes/INBAlgorithm.h"
@@ -21,8 +22,6 @@
 #include "naivebayes/NaiveBayesSettings.h"
 #include "naivebayes/data/NBDataPreparator.h"
 #include "naivebayes/data/NBVarList.h"
-
-class NBInternalAdapter;
 
 /// The engine. Owns the variables, the tables and the preparation of records.
 ///
@@ -107,12 +106,19 @@ class NBAlgorithm : public INBAlgorithm {
     /// The records themselves: how many were used, and their weight.
     std::int32_t CountRecords(MCCommon::RecordIterator& records, std::int32_t numRecords,
                               bool reportProgress, double& weightOut);
+    /// The same from prepared blocks, the tables side by side.
+    std::int32_t CountBlocks(MCCommon::RecordIterator& records, MCCommon::RecordBlockSource& blocks,
+                             std::int32_t numRecords, double& weightOut);
     void CountRecord(const MCCommon::Record& record, std::int32_t target, double weight);
     NBStatus DropUninformative();
     /// Takes table i out; those behind it move up in the prepared records.
     void RemoveTable(std::size_t i);
-    /// Counts records as they are prepared, reporting progress; the excluded are added.
-    NBStatus TrainOn(NBInternalAdapter& adapter, std::int32_t numRecords);
+    /// Counts records as they are prepared, reporting progress; the excluded are added. prepare()
+    /// is called when there is a usable one, else error 70011 results.
+    template <class Prepare>
+    NBStatus TrainOn(MCCommon::RecordIterator& records, std::int32_t numRecords, Prepare prepare);
+    template <class Adapter>
+    NBStatus TrainOnAdapter(Adapter& adapter, std::int32_t numRecords);
     /// Ends a training operation: what was learned of the status, the model and an interrupt.
     NBStatus FinishTraining(const NBStatus& status);
     /// Runs a training operation. Error 3, for good, when memory does not suffice.

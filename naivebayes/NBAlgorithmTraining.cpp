@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "naivebayes/NBAlgorithm.h"
+#include "naivebayes/NBBlockAdapter.h"
 #include "naivebayes/NBInternalAdapter.h"
 #include "naivebayes/NBProgressPacing.h"
 #include "naivebayes/NBReporter.h"
@@ -65,12 +66,7 @@ NBStatus NBAlgorithm::BuildModel(MCCommon::MultiPassRecordIter& records, std::in
     if (fStatus.IsError()) return fStatus;
     return Training([&] {
         EnsurePreparator(false, numRecords);
-        NBInternalAdapter adapter(records, numRecords, *fpPreparator);
-        NBStatus status = Error(NBCode::kNoUsableRecords);
-        if (adapter.HasMore()) {
-            ResetTables(false);
-            status = TrainOn(adapter, numRecords);
-        }
+        const NBStatus status = TrainOn(records, numRecords, [this] { ResetTables(false); });
         records.NewPass();
         return FinishTraining(status);
     });
@@ -84,9 +80,7 @@ NBStatus NBAlgorithm::UpdateModel(MCCommon::MultiPassRecordIter& records, std::i
     if (numRecords == 0) return Error(NBCode::kNoRecordCount);
     if (numRecords < 0) numRecords = std::numeric_limits<std::int32_t>::max();
     return Training([&] {
-        NBInternalAdapter adapter(records, numRecords, *fpPreparator);
-        NBStatus status = Error(NBCode::kNoUsableRecords);
-        if (adapter.HasMore()) status = TrainOn(adapter, numRecords);
+        const NBStatus status = TrainOn(records, numRecords, [] {});
         records.NewPass();
         // Without a usable record the model stays as it is, and goes on.
         const bool isUnchanged = status.GetCode() == NBCode::kNoUsableRecords;
@@ -94,7 +88,25 @@ NBStatus NBAlgorithm::UpdateModel(MCCommon::MultiPassRecordIter& records, std::i
     });
 }
 
-NBStatus NBAlgorithm::TrainOn(NBInternalAdapter& adapter, std::int32_t numRecords) {
+template <class Prepare>
+NBStatus NBAlgorithm::TrainOn(MCCommon::RecordIterator& records, std::int32_t numRecords,
+                              Prepare prepare) {
+    // A listener hears of single records.
+    auto* const blocks = dynamic_cast<MCCommon::RecordBlockSource*>(&records);
+    if (blocks != nullptr && fSettings.fpListener == nullptr) {
+        NBBlockAdapter adapter(records, *blocks, numRecords, *fpPreparator);
+        if (!adapter.HasMore()) return Error(NBCode::kNoUsableRecords);
+        prepare();
+        return TrainOnAdapter(adapter, numRecords);
+    }
+    NBInternalAdapter adapter(records, numRecords, *fpPreparator);
+    if (!adapter.HasMore()) return Error(NBCode::kNoUsableRecords);
+    prepare();
+    return TrainOnAdapter(adapter, numRecords);
+}
+
+template <class Adapter>
+NBStatus NBAlgorithm::TrainOnAdapter(Adapter& adapter, std::int32_t numRecords) {
     const NBStatus status = AccumulateRecords(adapter, numRecords, true);
     fNumExcluded = SumOfCounts(fNumExcluded, adapter.GetNumExcluded());
     fExcludedWeight += adapter.GetExcludedWeight();
@@ -131,18 +143,24 @@ NBStatus NBAlgorithm::SelectSubset(MCCommon::MultiPassRecordIter& records, std::
         fExcludedWeight = fpPreparator->GetWeightExcluded();
         records.NewPass();
         if (store != nullptr) {
-            CountingSource kept(*store);
-            status = AccumulateRecords(kept, count, false);
-            // Fewer than were written: the disk was full. A model of the others would pass for one
-            // of all.
-            if (!fInterrupt.IsStopped() && kept.Count() < count) {
-                status = Error(NBCode::kNoTempFile);
+            if (dynamic_cast<MCCommon::RecordBlockSource*>(store.get()) != nullptr) {
+                status = AccumulateRecords(*store, count, false);
+            } else {
+                CountingSource kept(*store);
+                status = AccumulateRecords(kept, count, false);
+                // Fewer than were written: the disk was full. A model of the others would pass for
+                // one of all.
+                if (!fInterrupt.IsStopped() && kept.Count() < count) {
+                    status = Error(NBCode::kNoTempFile);
+                }
             }
             store->NewPass();
         }
         if (status.IsError()) return FinishTraining(status);
 
-        NBSubsetSearch search(fvInputs, fOutput, fVarList, fSettings, fInterrupt);
+        auto* const blocks = dynamic_cast<MCCommon::RecordBlockSource*>(&records);
+        NBSubsetSearch search(fvInputs, fOutput, fVarList, fSettings, fInterrupt,
+                              blocks == nullptr ? nullptr : blocks->GetExecutor());
         numBest = BoundNumBest(numBest);
         maxSize = BoundSize(maxSize, status);
         const NBStatus searched =
@@ -217,7 +235,10 @@ NBStatus NBAlgorithm::AccumulateRecords(MCCommon::RecordIterator& records, std::
                                         bool reportProgress) {
     if (!records.HasMore()) return Error(NBCode::kNoUsableRecords);
     double weight = 0.0;
-    const std::int32_t used = CountRecords(records, numRecords, reportProgress, weight);
+    auto* const blocks = dynamic_cast<MCCommon::RecordBlockSource*>(&records);
+    const std::int32_t used = blocks != nullptr
+                                  ? CountBlocks(records, *blocks, numRecords, weight)
+                                  : CountRecords(records, numRecords, reportProgress, weight);
     if (used < 1) return Error(NBCode::kNoUsableRecords);
     fNumRecords = SumOfCounts(fNumRecords, used);
     if (fNumRecords < 2) return Error(NBCode::kTooLittleData);

@@ -30,6 +30,11 @@ class NBayesInputBase {
     void ClearCounts();
     /// Adds the weight of a record. The cell's new count.
     double AddCount(std::int32_t category, std::int32_t targetCategory, double weight);
+    /// Adds to a cell what add(count) makes of it.
+    template <class Add>
+    void AddRecords(std::int32_t category, std::int32_t targetCategory, Add add) {
+        add(fCounts[static_cast<std::size_t>(category)][static_cast<std::size_t>(targetCategory)]);
+    }
     /// Forms the probabilities from the counts. threshold is the smoothing constant, 1/N with N the
     /// total training weight. With C[k] the column sums and R the rows that hold weight,
     ///     P[m][k] = (n[m][k] + threshold) / (C[k] + R * threshold).

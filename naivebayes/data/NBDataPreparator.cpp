@@ -17,6 +17,7 @@
 
 #include "host/Assertion.h"
 #include "naivebayes/BinaryRecordIterator.h"
+#include "naivebayes/NBColumnStore.h"
 #include "naivebayes/NBMemoryIter.h"
 #include "naivebayes/NBayesInput.h"
 #include "naivebayes/data/INBVariable.h"
@@ -93,9 +94,11 @@ class TemporaryFile {
     /// Doubles as they stand in memory. What does not fit is no error here: the file then ends
     /// early. Nothing is written behind a gap, or all later records would be read shifted.
     void Append(MCCommon::Record& record) {
+        Append(&record[0], static_cast<std::size_t>(record.Size()));
+    }
+    void Append(const double* values, std::size_t count) {
         if (fbGap) return;
-        const auto size = static_cast<std::size_t>(record.Size());
-        fbGap = std::fwrite(&record[0], sizeof(double), size, fpFile) != size;
+        fbGap = std::fwrite(values, sizeof(double), count, fpFile) != count;
     }
 
     /// The records from the first one on. Owns the file.
@@ -189,34 +192,40 @@ NBStatus NBDataPreparator::PrepareRecords(MCCommon::RecordIterator& source, std:
     fNumExcluded = 0;
     fWeightExcluded = 0.0;
 
-    std::unique_ptr<MCNaive::NBMemoryIter> memory;
     std::unique_ptr<TemporaryFile> file;
-    if (inMemory) {
-        memory = std::make_unique<MCNaive::NBMemoryIter>(fProcessedRecordSize, numRecords);
-    } else {
+    if (!inMemory) {
         file = std::make_unique<TemporaryFile>(tempDir);
         if (!file->IsOpen()) {
             fStatus = NBStatus(NBCode::kNoTempFile, false);
             return fStatus;
         }
     }
-
-    MCCommon::Record processed(fProcessedRecordSize);
-    std::int32_t numRead = 0;
-    while (numRead < numRecords && !fpInterrupt->IsStopped() && source.HasMore()) {
-        const MCCommon::Record* const original = source.Next();
-        if (original == nullptr) continue;
-        ++numRead;
-        double weight = 1.0;
-        if (PrepareRecord(*original, processed, weight).IsError()) {
-            ++fNumExcluded;
-            if (weight != MCMV::gMissingValue) fWeightExcluded += weight;
-        } else if (file != nullptr) {
-            file->Append(processed);
-            ++countOut;
-        } else if (memory->Add(processed)) {
-            ++countOut;
+    std::unique_ptr<MCCommon::MultiPassRecordIter> memory;
+    if (auto* const blocks = dynamic_cast<MCCommon::RecordBlockSource*>(&source)) {
+        auto columns = std::make_unique<NBColumnStore>(MakeColumnStore(blocks->GetExecutor()));
+        std::vector<double> rows;
+        PrepareBlocks(source, *blocks, numRecords, *columns, [&] {
+            if (file == nullptr) {
+                countOut = static_cast<std::int32_t>(columns->GetCount());
+                return;
+            }
+            countOut += static_cast<std::int32_t>(columns->GetCount());
+            columns->CopyRows(rows);
+            file->Append(rows.data(), rows.size());
+            columns->Clear();
+        });
+        memory = std::move(columns);
+    } else {
+        std::unique_ptr<MCNaive::NBMemoryIter> kept;
+        if (inMemory) {
+            kept = std::make_unique<MCNaive::NBMemoryIter>(fProcessedRecordSize, numRecords);
         }
+        PrepareEach(source, numRecords, [&](MCCommon::Record& processed) {
+            if (kept != nullptr && !kept->Add(processed)) return;
+            if (file != nullptr) file->Append(processed);
+            ++countOut;
+        });
+        memory = std::move(kept);
     }
 
     if (countOut == 0) {
@@ -228,6 +237,40 @@ NBStatus NBDataPreparator::PrepareRecords(MCCommon::RecordIterator& source, std:
         storeOut = std::move(memory);
     }
     return fStatus;
+}
+
+template <class Sink>
+void NBDataPreparator::PrepareBlocks(MCCommon::RecordIterator& source,
+                                     MCCommon::RecordBlockSource& blocks, std::int32_t numRecords,
+                                     NBColumnStore& store, Sink sink) {
+    constexpr std::int32_t kBlockRows = 16384;
+    std::int32_t numRead = 0;
+    while (numRead < numRecords && !fpInterrupt->IsStopped() && source.HasMore()) {
+        const auto* const block = blocks.NextBlock(std::min(numRecords - numRead, kBlockRows));
+        if (block == nullptr) break;
+        numRead += block->fRows;
+        PrepareBlock(*block, store, fNumExcluded, fWeightExcluded);
+        sink();
+    }
+}
+
+template <class Sink>
+void NBDataPreparator::PrepareEach(MCCommon::RecordIterator& source, std::int32_t numRecords,
+                                   Sink sink) {
+    MCCommon::Record processed(fProcessedRecordSize);
+    std::int32_t numRead = 0;
+    while (numRead < numRecords && !fpInterrupt->IsStopped() && source.HasMore()) {
+        const MCCommon::Record* const original = source.Next();
+        if (original == nullptr) continue;
+        ++numRead;
+        double weight = 1.0;
+        if (PrepareRecord(*original, processed, weight).IsError()) {
+            ++fNumExcluded;
+            if (weight != MCMV::gMissingValue) fWeightExcluded += weight;
+        } else {
+            sink(processed);
+        }
+    }
 }
 
 NBStatus NBDataPreparator::PrepareRecord(const MCCommon::Record& original,

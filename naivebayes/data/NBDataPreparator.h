@@ -7,11 +7,13 @@
 #include <string>
 #include <vector>
 
+#include "host/Blocks.h"
 #include "host/Records.h"
 #include "naivebayes/NBInterruptState.h"
 #include "naivebayes/NBStatus.h"
 
 class NBBinningEncoder;
+class NBColumnStore;
 class NBRoundEncoder;
 class NBVarList;
 class NBayesInput;
@@ -63,6 +65,13 @@ class NBDataPreparator {
     /// REQUIRES: original and processed have their sizes. Allocates nothing.
     NBStatus PrepareRecord(const MCCommon::Record& original, MCCommon::Record& processed,
                            double& weightOut) const;
+    /// An empty store for prepared records. executor: borrowed, may be null.
+    NBColumnStore MakeColumnStore(MCCommon::BlockExecutor* executor) const;
+    /// The same for a block of original records: appends those that can be used to the store, and
+    /// adds the others to the counts, weights that are missing left out.
+    /// REQUIRES: a store of MakeColumnStore; a column per variable of the list.
+    void PrepareBlock(const MCCommon::RecordBlock& block, NBColumnStore& store,
+                      std::int32_t& numExcluded, double& weightExcluded) const;
     /// Original to input-only, for scoring. Warnings 70010 and 70016 as above.
     /// REQUIRES: both have their sizes; MakeCollapsedEncoders was called.
     NBStatus PrepareScoreRecord(const MCCommon::Record& original, MCCommon::Record& inputOnly,
@@ -123,6 +132,17 @@ class NBDataPreparator {
     void AddInput(std::int32_t index);
     /// In a processed record.
     std::int32_t FirstInputPosition() const;
+    /// Whether categorical variables come as codes and the others as numbers.
+    bool HasUsualKinds(const MCCommon::RecordBlock& block) const;
+    void PrepareRowByRow(const MCCommon::RecordBlock& block, NBColumnStore& store,
+                         std::int32_t& numExcluded, double& weightExcluded) const;
+    /// The pass over a source that gives blocks; calls sink() when the store has got one more.
+    template <class Sink>
+    void PrepareBlocks(MCCommon::RecordIterator& source, MCCommon::RecordBlockSource& blocks,
+                       std::int32_t numRecords, NBColumnStore& store, Sink sink);
+    /// The pass over another; calls sink(processed) for each record that can be used.
+    template <class Sink>
+    void PrepareEach(MCCommon::RecordIterator& source, std::int32_t numRecords, Sink sink);
     void SetRecordSizes();
 
     std::vector<std::int32_t> fvVarIndex;            // by list index

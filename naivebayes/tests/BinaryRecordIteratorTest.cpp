@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <numeric>
 #include <string>
 
 #include "naivebayes/data/NBDataPreparator.h"
@@ -83,6 +85,33 @@ TEST(BinaryRecordIterator, ARecordThatIsCutWithinItsFirstValueIsShortToo) {
     BinaryRecordIterator records(file.fpFile, file.fPath, 2);
     EXPECT_EQ(Drain(records), (Rows{{1.0, 2.0}}));
     EXPECT_EQ(records.GetFailReason(), 3);
+}
+
+TEST(BinaryRecordIterator, ReadsFilesOfSeveralPiecesToTheirEndOrTear) {
+    // Pieces of about a megabyte: whole ones, a part of one, and a torn record behind a whole one.
+    for (const std::size_t size : {2U, 3U, 1000U, 200000U}) {
+        const std::size_t perPiece = std::max<std::size_t>((std::size_t{1} << 17) / size, 1);
+        for (const std::size_t count : {perPiece - 1, perPiece, perPiece + 1, 2 * perPiece}) {
+            for (const std::size_t torn : {0U, 1U, 9U}) {
+                std::vector<double> values(count * size);
+                std::iota(values.begin(), values.end(), 0.0);
+                const OpenFile file(values, torn);
+                BinaryRecordIterator records(file.fpFile, file.fPath,
+                                             static_cast<std::int32_t>(size));
+                for (int pass = 0; pass < 2; ++pass) {
+                    std::size_t delivered = 0;
+                    for (; records.HasMore(); ++delivered) {
+                        const MCCommon::Record& record = *records.Next();
+                        ASSERT_EQ(record[0], static_cast<double>(delivered * size));
+                        ASSERT_EQ(record[record.Size() - 1], record[0] + record.Size() - 1);
+                    }
+                    EXPECT_EQ(delivered, count);
+                    EXPECT_EQ(records.GetFailReason(), torn == 0 ? 1 : 3);
+                    records.NewPass();
+                }
+            }
+        }
+    }
 }
 
 TEST(BinaryRecordIterator, ARecordSizeBelowOneFails) {
