@@ -4,9 +4,11 @@
 #include <cstdint>
 #include <iosfwd>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
+#include "host/Blocks.h"
 #include "host/Progress.h"
 #include "host/Records.h"
 #include "naivebayes/NBStatus.h"
@@ -15,6 +17,7 @@
 class NBOutput;
 class NBOutputStatistics;
 class NBVarList;
+struct NBBlockScores;
 struct NaiveBayesSettings;
 
 /// A subset of a nested chain of predictors by its size, and how good it is: lower is better.
@@ -75,6 +78,14 @@ class INBAlgorithm {
     /// record is scored all the same.
     virtual NBStatus TallyRecord(const MCCommon::Record& record, NBOutput& output,
                                  bool isTraining) = 0;
+    /// ScoreRecord of each record of a block; no result depends on the executor, which may be null.
+    /// Errors as there. Of warnings scores tells.
+    virtual NBStatus ScoreBlock(const MCCommon::RecordBlock& block,
+                                MCCommon::BlockExecutor* executor, NBBlockScores& scores) = 0;
+    /// TallyRecord of each. isTraining: one a record, not 0 for training.
+    virtual NBStatus TallyBlock(const MCCommon::RecordBlock& block,
+                                MCCommon::BlockExecutor* executor, NBBlockScores& scores,
+                                std::span<const std::uint8_t> isTraining) = 0;
     /// Null before a tally, here and in the next. Borrowed from the engine.
     virtual const NBOutputStatistics* GetTrainStatistics() const = 0;
     virtual const NBOutputStatistics* GetTestStatistics() const = 0;

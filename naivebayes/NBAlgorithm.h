@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <iosfwd>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -49,6 +50,10 @@ class NBAlgorithm : public INBAlgorithm {
     NBStatus ScoreRecord(const MCCommon::Record& record, NBOutput& output) override;
     NBStatus TallyRecord(const MCCommon::Record& record, NBOutput& output,
                          bool isTraining) override;
+    NBStatus ScoreBlock(const MCCommon::RecordBlock& block, MCCommon::BlockExecutor* executor,
+                        NBBlockScores& scores) override;
+    NBStatus TallyBlock(const MCCommon::RecordBlock& block, MCCommon::BlockExecutor* executor,
+                        NBBlockScores& scores, std::span<const std::uint8_t> isTraining) override;
     const NBOutputStatistics* GetTrainStatistics() const override {
         return fpTrainStatistics.get();
     }
@@ -144,6 +149,10 @@ class NBAlgorithm : public INBAlgorithm {
     void ComputePosterior();
     /// The winner of fvPosteriors.
     std::int32_t FindWinner();
+    /// Counts a scored record, given by its values of the weight and of the target, if these are
+    /// valid. False when memory does not suffice.
+    bool Tally(double weightValue, double observed, std::int32_t winner, bool isTraining);
+    NBStatus ScoreEachRecord(const MCCommon::RecordBlock& block, NBBlockScores& scores);
     void SizeScratch();
     /// Whether a prepared code names a category: neither missing nor unknown, which is -1.
     static bool IsKnown(double code) { return code > -1.0; }

@@ -4,10 +4,15 @@
 #include <limits>
 #include <memory>
 #include <new>
+#include <span>
 #include <stdexcept>
+#include <type_traits>
 #include <utility>
+#include <variant>
 
 #include "naivebayes/NBAlgorithm.h"
+#include "naivebayes/NBBlockScorer.h"
+#include "naivebayes/NBWinner.h"
 #include "naivebayes/data/NBRoundEncoder.h"
 
 namespace {
@@ -19,6 +24,17 @@ std::int32_t Rounded(double code) {
 }
 
 NBStatus Error(std::uint32_t code) { return NBStatus(code, false); }
+
+/// What a record holds in the place of this row.
+double RecordValue(const MCCommon::BlockColumn& column, std::size_t row) {
+    return std::visit(
+        [row](const auto values) -> double {
+            using Value = std::remove_const_t<typename decltype(values)::element_type>;
+            const auto value = static_cast<double>(values[row]);
+            return std::is_same_v<Value, double> ? value : value - 1.0;
+        },
+        column.fValues);
+}
 
 /// False, and the table as it was, when memory does not suffice: a table grows with the square of
 /// the categories, far above the model itself.
@@ -95,47 +111,93 @@ void NBAlgorithm::ComputePosterior() {
 }
 
 std::int32_t NBAlgorithm::FindWinner() {
-    // The heaviest category of a tie wins. Intended: category 0 never joins a tie, so one of 0 and
-    // another goes to 0 whatever their weights, and in one of 0 and several others the first of
-    // these is passed over, see NBAlgorithmTies.
-    fvTies.clear();
-    std::size_t winner = 0;
-    double best = fvPosteriors[0];
-    for (std::size_t k = 1; k < fvPosteriors.size(); ++k) {
-        if (fvPosteriors[k] > best) {
-            best = fvPosteriors[k];
-            winner = k;
-            fvTies.assign(1, k);
-        } else if (fvPosteriors[k] == best) {
-            fvTies.push_back(k);
-        }
-    }
-    const std::vector<double>& weights = fOutput.GetWeightedCounts();
-    for (std::size_t i = 1; i < fvTies.size(); ++i) {
-        if (weights[fvTies[i]] > weights[winner]) winner = fvTies[i];
-    }
-    return static_cast<std::int32_t>(winner);
+    return NBFindWinner(fvPosteriors, fOutput.GetWeightedCounts(), fvTies);
 }
 
 NBStatus NBAlgorithm::TallyRecord(const MCCommon::Record& record, NBOutput& output,
                                   bool isTraining) {
     const NBStatus scored = ScoreRecord(record, output);
     if (!scored.IsOK()) return scored;
+    const std::int32_t weightIndex = fpPreparator->GetWeightIndex();
+    const bool tallied =
+        Tally(weightIndex >= 0 ? record[weightIndex] : 1.0, record[fpPreparator->GetTargetIndex()],
+              output.GetWinner(), isTraining);
+    return tallied ? scored : Error(NBCode::kNoMemory);
+}
+
+bool NBAlgorithm::Tally(double weightValue, double observed, std::int32_t winner, bool isTraining) {
     double weight = 1.0;
     if (fpPreparator->GetWeightIndex() >= 0) {
-        weight = fpPreparator->GetWeightEncoder()->Encode(record[fpPreparator->GetWeightIndex()]);
-        if (weight == MCMV::gMissingValue) return scored;
+        weight = fpPreparator->GetWeightEncoder()->Encode(weightValue);
+        if (weight == MCMV::gMissingValue) return true;
     }
-    const double observed = record[fpPreparator->GetTargetIndex()];
     const std::int32_t categories = fOutput.GetNumCategories();
-    if (!(observed >= -0.5 && observed + 0.5 < categories)) return scored;
+    if (!(observed >= -0.5 && observed + 0.5 < categories)) return true;
     auto& statistics = isTraining ? fpTrainStatistics : fpTestStatistics;
     if (statistics == nullptr) {
         auto table = std::make_unique<NBOutputStatistics>();
-        if (!TryReset(*table, categories)) return Error(NBCode::kNoMemory);
+        if (!TryReset(*table, categories)) return false;
         statistics = std::move(table);
     }
-    statistics->Add(Rounded(observed), output.GetWinner(), weight);
+    statistics->Add(Rounded(observed), winner, weight);
+    return true;
+}
+
+NBStatus NBAlgorithm::ScoreBlock(const MCCommon::RecordBlock& block,
+                                 MCCommon::BlockExecutor* executor, NBBlockScores& scores) {
+    const NBStatus checked =
+        CheckScoring(fVarList.GetNumVariables(), static_cast<std::int32_t>(block.fvColumns.size()));
+    if (checked.IsError()) return checked;
+    if (fInterrupt.IsStopped()) return Error(NBCode::kInterrupted);
+    try {
+        const NBBlockScorer scorer(*fpPreparator, fvInputs, fOutput, block);
+        if (!scorer.IsUsable()) return ScoreEachRecord(block, scores);
+        scorer.Score(executor, scores);
+    } catch (const std::bad_alloc&) {
+        return Error(NBCode::kNoMemory);
+    } catch (const std::length_error&) {
+        return Error(NBCode::kNoMemory);
+    }
+    return fInterrupt.IsStopped() ? Error(NBCode::kInterrupted) : NBStatus();
+}
+
+NBStatus NBAlgorithm::ScoreEachRecord(const MCCommon::RecordBlock& block, NBBlockScores& scores) {
+    scores.Reset(block.fRows, fOutput.GetNumCategories());
+    MCCommon::Record record(static_cast<std::int32_t>(block.fvColumns.size()));
+    NBOutput output;
+    for (std::size_t row = 0; row < scores.fRows; ++row) {
+        for (std::size_t i = 0; i < block.fvColumns.size(); ++i) {
+            record[static_cast<std::int32_t>(i)] = RecordValue(block.fvColumns[i], row);
+        }
+        const NBStatus scored = ScoreRecord(record, output);
+        if (scored.IsError()) return scored;
+        if (scored.GetCode() == NBCode::kCodeOutOfRange) continue;
+        scores.fvStates[row] = scored.IsOK() ? NBScoreState::kScored : NBScoreState::kByPriors;
+        scores.fvWinners[row] = output.GetWinner();
+        for (std::size_t k = 0; k < output.GetValues().size(); ++k) {
+            scores.fvPosteriors[k * scores.fRows + row] = output.GetValues()[k];
+        }
+    }
+    return NBStatus();
+}
+
+NBStatus NBAlgorithm::TallyBlock(const MCCommon::RecordBlock& block,
+                                 MCCommon::BlockExecutor* executor, NBBlockScores& scores,
+                                 std::span<const std::uint8_t> isTraining) {
+    const NBStatus scored = ScoreBlock(block, executor, scores);
+    if (scored.IsError()) return scored;
+    const auto value = [&block](std::int32_t variable, std::size_t row) {
+        return RecordValue(block.fvColumns[static_cast<std::size_t>(variable)], row);
+    };
+    const std::int32_t weightIndex = fpPreparator->GetWeightIndex();
+    for (std::size_t row = 0; row < scores.fRows; ++row) {
+        if (scores.fvStates[row] != NBScoreState::kScored) continue;
+        if (!Tally(weightIndex >= 0 ? value(weightIndex, row) : 1.0,
+                   value(fpPreparator->GetTargetIndex(), row), scores.fvWinners[row],
+                   isTraining[row] != 0)) {
+            return Error(NBCode::kNoMemory);
+        }
+    }
     return scored;
 }
 
