@@ -27,6 +27,9 @@ constexpr std::array kStatusMessages{
     StatusMessage{NBCode::kTestEmpty, "No valid cases in test sample..."},
 };
 
+// Between polls of the stop processor.
+constexpr std::int32_t kFirstPassRows = 1 << 16;
+
 // Faults that no other message tells of.
 constexpr std::array kFailureMessages{
     StatusMessage{NBCode::kTooLittleData, "Too little data for a model..."},
@@ -78,7 +81,7 @@ bool PRSMultiFactory::CheckTrainingData() {
             SetError(NBCode::kInterrupted);
             break;
         }
-        fpTrainRecIter->Next();
+        fpTrainRecIter->NextBlock(kFirstPassRows);
         if (fpTrainRecIter->GetFailReason() == MCCommon::kITER_ERROR) {
             SetError(NBCode::kNoValidCases);
             return false;

@@ -14,6 +14,7 @@
 #include "naivebayes/NBStatus.h"
 #include "naivebayes/data/NBVarList.h"
 
+class BlockColumnWriter;
 class PRSValidSpecs;
 
 /// Controller of a NAIVEBAYES run: reads the training cases once, describes the variables to the
@@ -80,6 +81,12 @@ class PRSMultiFactory {
     bool MakePredictedProbabilities(const KOLT_Variable& target);
     void ScoreOneCase(KOLT_InputCaseIterator& writer, const MCCommon::Record& record,
                       bool isTraining);
+    struct BlockScratch;
+    /// What is predicted for each category of the target.
+    void DecodeTargets(BlockScratch& scratch) const;
+    /// As ScoreOneCase for the next records, and moves behind them.
+    void ScoreNextBlock(BlockColumnWriter& writer, BlockScratch& scratch);
+    void WritePredictedValues(BlockColumnWriter& writer, BlockScratch& scratch) const;
     /// The value of a category of the target. False when the code has none.
     bool DecodeTarget(std::int32_t code, KoltObs& valueOut) const;
 
