@@ -40,7 +40,8 @@ void SaveData(const embedded::DataSet& data, const ProgramOptions& options, Outp
     std::ofstream file(files.Place(path), std::ios::binary);
     try {
         embedded::SaveDataSet(data, FormatOf(path), file,
-                              path == "-" ? "standard output" : OneLine(path));
+                              path == "-" ? "standard output" : OneLine(path),
+                              options.fOpen.fThreads);
     } catch (const embedded::DataError& error) {
         throw ProgramError(kFileFault,
                            std::string(error.what()) + "; free some space or choose another path");

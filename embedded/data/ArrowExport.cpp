@@ -1,5 +1,7 @@
 #include "embedded/data/ArrowExport.h"
 
+#include <algorithm>
+#include <bit>
 #include <cerrno>
 #include <cmath>
 #include <cstddef>
@@ -7,7 +9,9 @@
 #include <exception>
 #include <limits>
 #include <memory>
+#include <span>
 #include <string>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -139,6 +143,14 @@ void FillSchema(std::unique_ptr<SchemaParts> parts, std::int64_t flags, ArrowSch
 // ---- arrays ----
 
 struct ArrayParts {
+    /// A buffer that the array owns. An empty one is no buffer.
+    void Own(Bytes bytes) {
+        fvBytes.push_back(std::move(bytes));
+        fvBuffers.push_back(fvBytes.back().empty() ? nullptr : fvBytes.back().data());
+    }
+    /// A buffer of the column store.
+    void Borrow(const void* bytes) { fvBuffers.push_back(bytes); }
+
     std::vector<Bytes> fvBytes;
     std::vector<const void*> fvBuffers;
     std::vector<ArrowArray> fvChildren;
@@ -155,10 +167,6 @@ void ReleaseArray(ArrowArray* array) {
 
 void FillArray(std::unique_ptr<ArrayParts> parts, std::int64_t length, std::int64_t nulls,
                ArrowArray& out) {
-    // The validity is left out where every value is there, and of the batch itself.
-    for (std::size_t i = 0; i < parts->fvBytes.size(); ++i) {
-        parts->fvBuffers.push_back(i == 0 && nulls == 0 ? nullptr : parts->fvBytes[i].data());
-    }
     for (ArrowArray& child : parts->fvChildren) parts->fvPointers.push_back(&child);
     out = ArrowArray{};
     out.length = length;
@@ -175,92 +183,117 @@ void SetBit(Bytes& bits, std::int32_t row) {
     bits[static_cast<std::size_t>(row) / 8] |= std::byte(1U << (static_cast<unsigned>(row) % 8U));
 }
 
-Bytes Validity(const ColumnChunk& chunk, std::int64_t& nulls) {
-    Bytes bits((static_cast<std::size_t>(chunk.fRows) + 7) / 8);
-    nulls = 0;
-    for (std::int32_t row = 0; row < chunk.fRows; ++row) {
-        if (chunk.IsValid(row)) {
-            SetBit(bits, row);
-        } else {
-            ++nulls;
-        }
+// Appends the validity, which is left out where every value is there. Returns the missing ones.
+std::int64_t AddValidity(const ColumnChunk& chunk, ArrayParts& parts) {
+    std::int64_t nulls = 0;
+    for (std::int32_t row = 0; row < chunk.fRows && !chunk.fValidity.empty(); row += 64) {
+        const std::int32_t rows = std::min(chunk.fRows - row, 64);
+        const std::uint64_t ofWord = ~std::uint64_t{0} >> (64 - rows);
+        const std::uint64_t word = chunk.fValidity[static_cast<std::size_t>(row) / 64];
+        nulls += rows - std::popcount(word & ofWord);
     }
-    return bits;
+    if (nulls == 0) {
+        parts.Own({});
+    } else if (std::endian::native == std::endian::little) {
+        parts.Borrow(chunk.fValidity.data());
+    } else {
+        Bytes bits((static_cast<std::size_t>(chunk.fRows) + 7) / 8);
+        for (std::int32_t row = 0; row < chunk.fRows; ++row) {
+            if (chunk.IsValid(row)) SetBit(bits, row);
+        }
+        parts.Own(std::move(bits));
+    }
+    return nulls;
 }
 
-Bytes Numbers(const ColumnChunk& chunk, const ExportType& type) {
+template <class Element>
+Bytes WholeNumbers(const ColumnChunk& chunk, double perUnit) {
     const auto rows = static_cast<std::size_t>(chunk.fRows);
     // A buffer is never a null pointer, so not empty either.
-    Bytes bytes(type.fLayout == Layout::kBits ? rows / 8 + 1 : (rows + 1) * sizeof(double));
-    for (std::int32_t row = 0; row < chunk.fRows; ++row) {
-        if (!chunk.IsValid(row)) continue;
-        const auto at = static_cast<std::size_t>(row);
-        const double value = chunk.fNumbers[at];
-        switch (type.fLayout) {
-            case Layout::kBits:
-                if (value != 0.0) SetBit(bytes, row);
-                break;
-            case Layout::kInt32:
-                Put(bytes, at, static_cast<std::int32_t>(value));
-                break;
-            case Layout::kInt64:
-                Put(bytes, at, static_cast<std::int64_t>(std::round(value * type.fPerUnit)));
-                break;
-            default:
-                Put(bytes, at, value);
-                break;
-        }
+    Bytes bytes((rows + 1) * sizeof(Element));
+    for (std::size_t row = 0; row < rows; ++row) {
+        if (!chunk.IsValid(static_cast<std::int32_t>(row))) continue;
+        const double value = chunk.fNumbers[row];
+        Put(bytes, row, static_cast<Element>(perUnit == 1 ? value : std::round(value * perUnit)));
     }
     return bytes;
 }
 
-template <class Offset>
-void Texts(const ColumnChunk& chunk, const std::vector<std::string>& texts, ArrayParts& parts) {
-    const auto rows = static_cast<std::size_t>(chunk.fRows);
+void AddNumbers(const ColumnChunk& chunk, const ExportType& type, ArrayParts& parts) {
+    switch (type.fLayout) {
+        case Layout::kBits: {
+            Bytes bits(static_cast<std::size_t>(chunk.fRows) / 8 + 1);
+            for (std::int32_t row = 0; row < chunk.fRows; ++row) {
+                if (chunk.fNumbers[static_cast<std::size_t>(row)] == 1.0) SetBit(bits, row);
+            }
+            parts.Own(std::move(bits));
+            break;
+        }
+        case Layout::kInt32:
+            parts.Own(WholeNumbers<std::int32_t>(chunk, type.fPerUnit));
+            break;
+        case Layout::kInt64:
+            parts.Own(WholeNumbers<std::int64_t>(chunk, type.fPerUnit));
+            break;
+        default:
+            if (chunk.fNumbers.empty()) {
+                parts.Own(Bytes(sizeof(double)));
+            } else {
+                parts.Borrow(chunk.fNumbers.data());
+            }
+    }
+}
+
+// The text of each row; text(row) is null where there is none.
+template <class Offset, class Text>
+void AddTexts(std::size_t rows, Text text, ArrayParts& parts) {
     std::size_t length = 0;
     for (std::size_t row = 0; row < rows; ++row) {
-        if (chunk.IsValid(static_cast<std::int32_t>(row)))
-            length += texts[chunk.fCodes[row]].size();
+        if (const std::string* const of = text(row)) length += of->size();
     }
     Bytes offsets((rows + 1) * sizeof(Offset));
     Bytes characters(length + 1);
     std::size_t end = 0;
     for (std::size_t row = 0; row < rows; ++row) {
-        if (chunk.IsValid(static_cast<std::int32_t>(row))) {
-            const std::string& text = texts[chunk.fCodes[row]];
-            std::memcpy(characters.data() + end, text.data(), text.size());
-            end += text.size();
+        if (const std::string* const of = text(row)) {
+            std::memcpy(characters.data() + end, of->data(), of->size());
+            end += of->size();
         }
         Put(offsets, row + 1, static_cast<Offset>(end));
     }
-    parts.fvBytes.push_back(std::move(offsets));
-    parts.fvBytes.push_back(std::move(characters));
+    parts.Own(std::move(offsets));
+    parts.Own(std::move(characters));
 }
 
-void FillColumn(const Column& column, std::int32_t index, const ExportType& type, ArrowArray& out) {
-    const ColumnChunk chunk = column.Chunk(index);
-    auto parts = std::make_unique<ArrayParts>();
-    std::int64_t nulls = 0;
-    parts->fvBytes.push_back(Validity(chunk, nulls));
-    if (type.fLayout == Layout::kOffsets32) {
-        Texts<std::int32_t>(chunk, column.Categories().Strings(), *parts);
-    } else if (type.fLayout == Layout::kOffsets64) {
-        Texts<std::int64_t>(chunk, column.Categories().Strings(), *parts);
+template <class Text>
+void AddTexts(Layout layout, std::size_t rows, Text text, ArrayParts& parts) {
+    if (layout == Layout::kOffsets32) {
+        AddTexts<std::int32_t>(rows, text, parts);
     } else {
-        parts->fvBytes.push_back(Numbers(chunk, type));
+        AddTexts<std::int64_t>(rows, text, parts);
     }
-    FillArray(std::move(parts), chunk.fRows, nulls, out);
 }
 
-// ---- stream ----
+// Codes of entries; any code where there is none.
+template <class Entry>
+Bytes CodesOf(std::span<const Entry> entries) {
+    Bytes bytes((entries.size() + 1) * sizeof(Entry));
+    for (std::size_t row = 0; row < entries.size(); ++row) {
+        Put(bytes, row, static_cast<Entry>(entries[row] - (entries[row] == 0 ? 0 : 1)));
+    }
+    return bytes;
+}
 
-class Export {
+// ---- columns ----
+
+class Columns final : public ArrowColumns {
  public:
-    explicit Export(const DataSet& data) : fData(data) {
+    explicit Columns(const DataSet& data)
+        : fData(data), fvBuffers(static_cast<std::size_t>(data.ColumnCount())) {
         for (std::int32_t i = 0; i < data.ColumnCount(); ++i) fvTypes.push_back(TypeOf(data, i));
     }
 
-    void Schema(ArrowSchema& out) const {
+    void Schema(ArrowSchema& out) const override {
         auto batch = std::make_unique<SchemaParts>();
         batch->fFormat = "+s";
         batch->fvChildren.resize(fvTypes.size());
@@ -273,16 +306,101 @@ class Export {
         FillSchema(std::move(batch), 0, out);
     }
 
+    std::int32_t ColumnCount() const override { return fData.ColumnCount(); }
+
+    std::int32_t ChunkCount() const override {
+        return static_cast<std::int32_t>((fData.RowCount() + kChunkRows - 1) / kChunkRows);
+    }
+
+    void Chunk(std::int32_t column, std::int32_t chunk, ArrowArray& out) const override {
+        const ColumnChunk rows = Rows(column, chunk);
+        auto parts = std::make_unique<ArrayParts>();
+        const std::int64_t nulls = AddValidity(rows, *parts);
+        if (IsText(column)) {
+            const std::vector<std::string>& texts = Of(column).Categories().Strings();
+            const auto text = [&](std::size_t row) {
+                const bool valid = rows.IsValid(static_cast<std::int32_t>(row));
+                return valid ? &texts[rows.fCodes[row]] : nullptr;
+            };
+            AddTexts(TypeAt(column).fLayout, static_cast<std::size_t>(rows.fRows), text, *parts);
+        } else {
+            AddNumbers(rows, TypeAt(column), *parts);
+        }
+        FillArray(std::move(parts), rows.fRows, nulls, out);
+    }
+
+    bool IsText(std::int32_t column) const override {
+        const Layout layout = TypeAt(column).fLayout;
+        return layout == Layout::kOffsets32 || layout == Layout::kOffsets64;
+    }
+
+    std::int32_t CodeBytes(std::int32_t column) const override {
+        return std::visit([](auto rows) { return static_cast<std::int32_t>(sizeof(rows[0])); },
+                          Rows(column, 0).fCodes.GetEntries());
+    }
+
+    void Codes(std::int32_t column, std::int32_t chunk, ArrowArray& out) const override {
+        const ColumnChunk rows = Rows(column, chunk);
+        auto parts = std::make_unique<ArrayParts>();
+        const std::int64_t nulls = AddValidity(rows, *parts);
+        std::visit([&](auto entries) { parts->Own(CodesOf(entries)); }, rows.fCodes.GetEntries());
+        FillArray(std::move(parts), rows.fRows, nulls, out);
+    }
+
+    void Texts(std::int32_t column, ArrowArray& out) const override {
+        const std::vector<std::string>& texts = Of(column).Categories().Strings();
+        auto parts = std::make_unique<ArrayParts>();
+        parts->Own({});
+        AddTexts(
+            TypeAt(column).fLayout, texts.size(), [&](std::size_t at) { return &texts[at]; },
+            *parts);
+        FillArray(std::move(parts), static_cast<std::int64_t>(texts.size()), 0, out);
+    }
+
+    bool IsScattered(std::int32_t column) const override {
+        const Column& of = Of(column);
+        if (IsText(column)) return std::int64_t{of.Categories().Count()} * 2 > of.ValidCount();
+        if (of.IsCoded() || ChunkCount() == 0) return false;
+        constexpr std::size_t kSample = 4096;
+        std::unordered_set<double> met;
+        const std::span<const double> numbers = Rows(column, 0).fNumbers;
+        const std::span<const double> sample = numbers.first(std::min(numbers.size(), kSample));
+        met.insert(sample.begin(), sample.end());
+        return met.size() * 2 > sample.size();
+    }
+
+ private:
+    const Column& Of(std::int32_t column) const { return fData.GetColumn(column); }
+    const ExportType& TypeAt(std::int32_t column) const {
+        return fvTypes[static_cast<std::size_t>(column)];
+    }
+
+    ColumnChunk Rows(std::int32_t column, std::int32_t chunk) const {
+        return Of(column).Chunk(chunk, fvBuffers[static_cast<std::size_t>(column)]);
+    }
+
+    const DataSet& fData;
+    std::vector<ExportType> fvTypes;
+    mutable std::vector<ColumnBuffer> fvBuffers;  // by column
+};
+
+// ---- stream ----
+
+class Export {
+ public:
+    explicit Export(const DataSet& data) : fData(data), fColumns(data) {}
+
+    void Schema(ArrowSchema& out) const { fColumns.Schema(out); }
+
     void Next(ArrowArray& out) {
         out = ArrowArray{};
         const std::int64_t first = std::int64_t{fChunk} * kChunkRows;
         if (first >= fData.RowCount()) return;  // released: the end
         auto batch = std::make_unique<ArrayParts>();
-        batch->fvBytes.resize(1);
-        batch->fvChildren.resize(fvTypes.size());
-        for (std::size_t i = 0; i < fvTypes.size(); ++i) {
-            FillColumn(fData.GetColumn(static_cast<std::int32_t>(i)), fChunk, fvTypes[i],
-                       batch->fvChildren[i]);
+        batch->Own({});
+        batch->fvChildren.resize(static_cast<std::size_t>(fData.ColumnCount()));
+        for (std::int32_t i = 0; i < fData.ColumnCount(); ++i) {
+            fColumns.Chunk(i, fChunk, batch->fvChildren[static_cast<std::size_t>(i)]);
         }
         ++fChunk;
         FillArray(std::move(batch), std::min<std::int64_t>(kChunkRows, fData.RowCount() - first), 0,
@@ -293,7 +411,7 @@ class Export {
 
  private:
     const DataSet& fData;
-    std::vector<ExportType> fvTypes;
+    Columns fColumns;
     std::int32_t fChunk = 0;
 };
 
@@ -330,6 +448,10 @@ void ExportDataSet(const DataSet& data, ArrowArrayStream& streamOut) {
         from->release = nullptr;
     };
     streamOut.private_data = stream.release();
+}
+
+std::unique_ptr<ArrowColumns> ExportColumns(const DataSet& data) {
+    return std::make_unique<Columns>(data);
 }
 
 }  // namespace embedded

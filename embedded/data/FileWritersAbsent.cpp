@@ -4,9 +4,7 @@
 namespace embedded {
 namespace {
 
-[[noreturn]] void Refuse(ArrowArrayStream& stream, const std::string& name,
-                         const std::string& format) {
-    if (stream.release != nullptr) stream.release(&stream);
+[[noreturn]] void Refuse(const std::string& name, const std::string& format) {
     throw DataError(DataError::Kind::kFile,
                     name + ": this program was built without Apache Arrow and cannot write " +
                         format + "; build it with PREDSEL_ARROW=ON or write a .csv file");
@@ -14,12 +12,14 @@ namespace {
 
 }  // namespace
 
-void WriteParquet(ArrowArrayStream& stream, std::ostream& /*file*/, const std::string& name) {
-    Refuse(stream, name, "Parquet files");
+void WriteParquet(const ArrowColumns& /*columns*/, std::ostream& /*file*/, const std::string& name,
+                  std::int32_t /*threads*/) {
+    Refuse(name, "Parquet files");
 }
 
 void WriteIpcFile(ArrowArrayStream& stream, std::ostream& /*file*/, const std::string& name) {
-    Refuse(stream, name, "Arrow files");
+    if (stream.release != nullptr) stream.release(&stream);
+    Refuse(name, "Arrow files");
 }
 
 }  // namespace embedded

@@ -182,17 +182,17 @@ SaveFormat SaveFormatOf(const std::string& path) {
 }
 
 void SaveDataSet(const DataSet& data, SaveFormat format, std::ostream& file,
-                 const std::string& name) {
+                 const std::string& name, std::int32_t threads) {
     if (format == SaveFormat::kCsv || format == SaveFormat::kTsv) {
         errno = 0;
         TextWriter(data, format == SaveFormat::kCsv ? ',' : '\t', file).Write();
     } else {
-        ArrowArrayStream stream{};
-        ExportDataSet(data, stream);
         errno = 0;
         if (format == SaveFormat::kParquet) {
-            WriteParquet(stream, file, name);
+            WriteParquet(*ExportColumns(data), file, name, threads);
         } else {
+            ArrowArrayStream stream{};
+            ExportDataSet(data, stream);
             WriteIpcFile(stream, file, name);
         }
         file.flush();

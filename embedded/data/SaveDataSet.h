@@ -1,6 +1,7 @@
 #ifndef PREDSEL_EMBEDDED_DATA_SAVEDATASET_H
 #define PREDSEL_EMBEDDED_DATA_SAVEDATASET_H
 
+#include <cstdint>
 #include <iosfwd>
 #include <string>
 
@@ -25,9 +26,10 @@ SaveFormat SaveFormatOf(const std::string& path);
 /// user-missing values are values. Texts are quoted by RFC 4180 where they need it. What a file of
 /// data cannot hold of the dictionary is in SchemaOf. One limit: in a text file of one string
 /// variable a missing value is written as an empty string, as an empty line is no case.
-/// name stands for the file in messages. Throws DataError of kind kFile.
+/// name stands for the file in messages. Works on up to that many threads, below 1 as many as are
+/// available; the bytes do not depend on it. Throws DataError of kind kFile.
 void SaveDataSet(const DataSet& data, SaveFormat format, std::ostream& file,
-                 const std::string& name);
+                 const std::string& name, std::int32_t threads = 0);
 /// The same into a file at that path, which is replaced.
 void SaveDataSet(const DataSet& data, SaveFormat format, const std::string& path);
 
