@@ -387,8 +387,8 @@ class NullColumn : public ArrowColumn {
             fNumbers.AppendMissing();
         }
     }
-    ReadColumn Finish() && override {
-        return {std::move(fNumbers).Finish(), ColumnKind::kNumber, 0};
+    ReadColumn Finish(std::shared_ptr<ColumnMemory> memory) && override {
+        return {std::move(fNumbers).Finish(std::move(memory)), ColumnKind::kNumber, 0};
     }
 
  private:
@@ -432,9 +432,9 @@ class NumberColumn : public ArrowColumn {
         }
     }
 
-    ReadColumn Finish() && override {
+    ReadColumn Finish(std::shared_ptr<ColumnMemory> memory) && override {
         const Oddity infinite = fNumbers.Infinite();
-        ReadColumn result{std::move(fNumbers).Finish(), fType.fKind};
+        ReadColumn result{std::move(fNumbers).Finish(std::move(memory)), fType.fKind};
         result.fInfinite = infinite;
         result.fInexact = fInexact;
         return result;
@@ -498,9 +498,9 @@ class BytesColumn : public ArrowColumn {
         }
     }
 
-    ReadColumn Finish() && override {
+    ReadColumn Finish(std::shared_ptr<ColumnMemory> memory) && override {
         const Oddity undecodable = fTexts.Undecodable();
-        ReadColumn result{std::move(fTexts).Finish(), ColumnKind::kString};
+        ReadColumn result{std::move(fTexts).Finish(std::move(memory)), ColumnKind::kString};
         result.fbOrdered = fbOrdered;
         result.fUndecodable = undecodable;
         return result;

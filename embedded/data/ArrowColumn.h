@@ -28,7 +28,7 @@ class ArrowColumn {
     /// be of the type.
     virtual void Append(const ArrowArray& array, std::int64_t first, std::int64_t length,
                         const std::function<bool(std::int64_t)>& isRow) = 0;
-    virtual ReadColumn Finish() && = 0;
+    virtual ReadColumn Finish(std::shared_ptr<ColumnMemory> memory) && = 0;
 };
 
 }  // namespace embedded

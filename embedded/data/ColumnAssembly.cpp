@@ -8,6 +8,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "embedded/data/CellText.h"
 #include "embedded/data/NumberCodes.h"
 #include "embedded/data/Utf8.h"
 #include "embedded/threads/ParallelTasks.h"
@@ -68,14 +69,6 @@ StoredCodes Stored(CodeVector codes, const std::shared_ptr<ColumnMemory>& memory
                 std::move(entries), memory);
         },
         codes);
-}
-
-// Adds what was noted in a part.
-void Join(Oddity& all, const Oddity& part, std::int64_t firstRow) {
-    if (part.fCount > 0 && all.fCount == 0) {
-        all.fFirstRow = firstRow + part.fFirstRow;
-    }
-    all.fCount += part.fCount;
 }
 
 /// Where the rows of a column come from: which rows of which part make a chunk. A part is let go
@@ -340,7 +333,7 @@ bool NumericParts::AreAllCoded() const {
 Column NumericParts::Finish(std::int32_t threads) {
     std::int64_t firstRow = 0;
     for (const Part& part : fvParts) {
-        Join(fInfinite, part.fInfinite, firstRow);
+        fInfinite.Join(part.fInfinite, firstRow);
         firstRow += part.fRows;
     }
     if (AreAllCoded()) {
@@ -461,7 +454,10 @@ void TextParts::SetCodes(std::int32_t part, std::vector<std::string> values, Cod
         }
         if (fpMissingTexts != nullptr && fpMissingTexts->contains(values[code])) {
             set.fvbUsed[code] = false;
-        } else if (!isText) {
+            continue;
+        }
+        values[code].resize(TrimTrailingBlanks(values[code]).size());
+        if (!isText) {
             replaced[code] = true;
             someReplaced = true;
         }
@@ -482,7 +478,7 @@ Column TextParts::Finish(std::int32_t threads) {
     std::vector<Place> places;
     std::int64_t firstRow = 0;
     for (std::size_t part = 0; part < fvParts.size(); ++part) {
-        Join(fUndecodable, fvParts[part].fUndecodable, firstRow);
+        fUndecodable.Join(fvParts[part].fUndecodable, firstRow);
         firstRow += fvParts[part].fRows;
         std::vector<std::string>& values = fvParts[part].fvValues;
         newEntries[part].resize(values.size() + 1);

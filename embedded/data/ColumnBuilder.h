@@ -33,6 +33,13 @@ struct Oddity {
             fFirstRow = row;
         }
     }
+    /// Adds what was noted in rows that begin at firstRow, behind all rows so far.
+    void Join(const Oddity& part, std::int64_t firstRow) {
+        if (part.fCount > 0 && fCount == 0) {
+            fFirstRow = firstRow + part.fFirstRow;
+        }
+        fCount += part.fCount;
+    }
 };
 
 /// Makes a numeric column row by row.

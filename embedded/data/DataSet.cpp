@@ -1,7 +1,9 @@
 #include "embedded/data/DataSet.h"
 
+#include <algorithm>
 #include <cmath>
 #include <set>
+#include <span>
 #include <utility>
 
 #include "host/Assertion.h"
@@ -54,19 +56,27 @@ std::int32_t DataSet::LevelByValues(const Entry& entry) const {
         case ColumnKind::kNumber:
             break;
     }
+    // Few values decide; every value of a coded column is in some row.
     std::set<double> met;
     double last = MCMV::gMissingValue;
+    const auto isScale = [&](double value) {
+        if (value == MCMV::gMissingValue || value == last || entry.fVariable.IsUserMissing(value)) {
+            return false;
+        }
+        last = value;
+        met.insert(value);
+        return value != std::floor(value) || static_cast<std::int64_t>(met.size()) > fNominalMax;
+    };
+    const auto hasScale = [&isScale](std::span<const double> values) {
+        return std::any_of(values.begin(), values.end(), isScale);
+    };
+    if (entry.fColumn.IsCoded()) {
+        return hasScale(entry.fColumn.Categories().Numbers()) ? kLevelScale : kLevelNominal;
+    }
+    ColumnBuffer buffer;
     for (std::int32_t i = 0; i < entry.fColumn.ChunkCount(); ++i) {
-        for (const double value : entry.fColumn.Chunk(i).fNumbers) {
-            if (value == MCMV::gMissingValue || value == last ||
-                entry.fVariable.IsUserMissing(value)) {
-                continue;
-            }
-            last = value;
-            met.insert(value);
-            if (value != std::floor(value) || static_cast<std::int64_t>(met.size()) > fNominalMax) {
-                return kLevelScale;
-            }
+        if (hasScale(entry.fColumn.Numbers(i, buffer))) {
+            return kLevelScale;
         }
     }
     return kLevelNominal;

@@ -14,9 +14,8 @@ namespace embedded {
 // What the component over Apache Arrow offers: each function gives a stream over bytes that must
 // outlive it. Contents are not trusted: every batch is validated in full before it is handed on.
 // All throw DataError; a build without Arrow has this in place of every reader. name stands for the
-// source in messages.
+// source in messages. Parquet: see ParquetFile.h.
 
-ArrowStream ReadParquet(std::string_view bytes, const std::string& name);
 ArrowStream ReadIpcFile(std::string_view bytes, const std::string& name);
 ArrowStream ReadIpcStream(std::string_view bytes, const std::string& name);
 

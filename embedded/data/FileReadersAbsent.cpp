@@ -1,4 +1,5 @@
 #include "embedded/data/FileReaders.h"
+#include "embedded/data/ParquetFile.h"
 
 namespace embedded {
 namespace {
@@ -11,7 +12,7 @@ namespace {
 
 }  // namespace
 
-ArrowStream ReadParquet(std::string_view /*bytes*/, const std::string& name) {
+std::unique_ptr<ParquetFile> ParquetFile::Open(std::string_view /*bytes*/, std::string name) {
     Refuse(name, "Parquet files");
 }
 

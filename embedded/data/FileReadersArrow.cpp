@@ -3,7 +3,6 @@
 #include <arrow/csv/api.h>
 #include <arrow/io/api.h>
 #include <arrow/ipc/api.h>
-#include <parquet/arrow/reader.h>
 
 #include <algorithm>
 #include <exception>
@@ -13,6 +12,7 @@
 #include <utility>
 
 #include "embedded/data/FileReaders.h"
+#include "embedded/data/FileReadersArrow.h"
 
 namespace embedded {
 namespace {
@@ -40,18 +40,6 @@ class ValidatedBatches : public arrow::RecordBatchReader {
     std::shared_ptr<arrow::Schema> fpSchema;
     NextBatch fNext;
 };
-
-[[noreturn]] void Fail(const std::string& name, const std::string& what, std::string reason) {
-    reason.erase(std::min(reason.find('\n'), reason.size()));
-    throw DataError(DataError::Kind::kContent,
-                    name + ": " + what + " is damaged or cut short: " + reason);
-}
-
-std::shared_ptr<arrow::io::BufferReader> Input(std::string_view bytes) {
-    return std::make_shared<arrow::io::BufferReader>(
-        std::make_shared<arrow::Buffer>(reinterpret_cast<const std::uint8_t*>(bytes.data()),
-                                        static_cast<std::int64_t>(bytes.size())));
-}
 
 /// The bytes in blocks that never part a carriage return from its line feed: the library takes the
 /// line feed at the start of a block for the rest of a line end, within quotes too, and drops it.
@@ -99,47 +87,8 @@ class TextInput : public arrow::io::InputStream {
     bool fbClosed = false;
 };
 
-// Calls open, which returns a Result of a reader of batches, and exports what it gives.
-template <class Open>
-ArrowStream Stream(const std::string& name, const std::string& what, Open open) {
-    ArrowStream stream(name);
-    try {
-        arrow::Result<std::shared_ptr<arrow::RecordBatchReader>> reader = open();
-        if (!reader.ok()) {
-            Fail(name, what, reader.status().message());
-        }
-        const arrow::Status status = arrow::ExportRecordBatchReader(*reader, stream.Out());
-        if (!status.ok()) {
-            Fail(name, what, status.message());
-        }
-    } catch (const DataError&) {
-        throw;
-    } catch (const std::exception& fault) {
-        Fail(name, what, fault.what());
-    }
-    return stream;
-}
-
-using ReaderResult = arrow::Result<std::shared_ptr<arrow::RecordBatchReader>>;
-
-ReaderResult OpenParquet(std::string_view bytes) {
-    parquet::ArrowReaderProperties properties;
-    properties.set_use_threads(false);
-    parquet::arrow::FileReaderBuilder builder;
-    ARROW_RETURN_NOT_OK(builder.Open(Input(bytes)));
-    ARROW_ASSIGN_OR_RAISE(std::unique_ptr<parquet::arrow::FileReader> file,
-                          builder.properties(properties)->Build());
-    std::shared_ptr<arrow::RecordBatchReader> batches;
-    ARROW_ASSIGN_OR_RAISE(batches, file->GetRecordBatchReader());
-    const std::shared_ptr<arrow::Schema> schema = batches->schema();
-    // The file must live as long as the reader of its batches.
-    std::shared_ptr<parquet::arrow::FileReader> shared = std::move(file);
-    return std::make_shared<ValidatedBatches>(schema,
-                                              [shared, batches]() { return batches->Next(); });
-}
-
 ReaderResult OpenIpcFile(std::string_view bytes) {
-    ARROW_ASSIGN_OR_RAISE(auto file, arrow::ipc::RecordBatchFileReader::Open(Input(bytes)));
+    ARROW_ASSIGN_OR_RAISE(auto file, arrow::ipc::RecordBatchFileReader::Open(ArrowInput(bytes)));
     const std::shared_ptr<arrow::Schema> schema = file->schema();
     return std::make_shared<ValidatedBatches>(
         schema, [file, next = 0]() mutable -> arrow::Result<std::shared_ptr<arrow::RecordBatch>> {
@@ -151,23 +100,57 @@ ReaderResult OpenIpcFile(std::string_view bytes) {
 }
 
 ReaderResult OpenIpcStream(std::string_view bytes) {
-    ARROW_ASSIGN_OR_RAISE(auto batches, arrow::ipc::RecordBatchStreamReader::Open(Input(bytes)));
-    const std::shared_ptr<arrow::Schema> schema = batches->schema();
-    return std::make_shared<ValidatedBatches>(schema, [batches]() { return batches->Next(); });
+    ARROW_ASSIGN_OR_RAISE(auto batches,
+                          arrow::ipc::RecordBatchStreamReader::Open(ArrowInput(bytes)));
+    return ValidatedBatchesOf(batches);
 }
 
 }  // namespace
 
-ArrowStream ReadParquet(std::string_view bytes, const std::string& name) {
-    return Stream(name, "the Parquet file", [bytes]() { return OpenParquet(bytes); });
+void FailAsDamaged(const std::string& name, const std::string& what, std::string reason) {
+    reason.erase(std::min(reason.find('\n'), reason.size()));
+    throw DataError(DataError::Kind::kContent,
+                    name + ": " + what + " is damaged or cut short: " + reason);
+}
+
+std::shared_ptr<arrow::io::RandomAccessFile> ArrowInput(std::string_view bytes) {
+    return std::make_shared<arrow::io::BufferReader>(
+        std::make_shared<arrow::Buffer>(reinterpret_cast<const std::uint8_t*>(bytes.data()),
+                                        static_cast<std::int64_t>(bytes.size())));
+}
+
+std::shared_ptr<arrow::RecordBatchReader> ValidatedBatchesOf(
+    std::shared_ptr<arrow::RecordBatchReader> batches) {
+    const std::shared_ptr<arrow::Schema> schema = batches->schema();
+    return std::make_shared<ValidatedBatches>(schema, [batches]() { return batches->Next(); });
+}
+
+ArrowStream ArrowBatches(const std::string& name, const std::string& what,
+                         const std::function<ReaderResult()>& open) {
+    ArrowStream stream(name);
+    try {
+        const ReaderResult reader = open();
+        if (!reader.ok()) {
+            FailAsDamaged(name, what, reader.status().message());
+        }
+        const arrow::Status status = arrow::ExportRecordBatchReader(*reader, stream.Out());
+        if (!status.ok()) {
+            FailAsDamaged(name, what, status.message());
+        }
+    } catch (const DataError&) {
+        throw;
+    } catch (const std::exception& fault) {
+        FailAsDamaged(name, what, fault.what());
+    }
+    return stream;
 }
 
 ArrowStream ReadIpcFile(std::string_view bytes, const std::string& name) {
-    return Stream(name, "the Arrow file", [bytes]() { return OpenIpcFile(bytes); });
+    return ArrowBatches(name, "the Arrow file", [bytes]() { return OpenIpcFile(bytes); });
 }
 
 ArrowStream ReadIpcStream(std::string_view bytes, const std::string& name) {
-    return Stream(name, "the Arrow stream", [bytes]() { return OpenIpcStream(bytes); });
+    return ArrowBatches(name, "the Arrow stream", [bytes]() { return OpenIpcStream(bytes); });
 }
 
 ArrowStream ReadCells(std::string_view text, const TextDialect& dialect, std::int32_t columns,
@@ -196,7 +179,7 @@ ArrowStream ReadCells(std::string_view text, const TextDialect& dialect, std::in
         converting.include_columns.push_back(std::to_string(column));
         converting.column_types[std::to_string(column)] = arrow::binary();
     }
-    return Stream(name, "the text", [&]() -> ReaderResult {
+    return ArrowBatches(name, "the text", [&]() -> ReaderResult {
         ARROW_ASSIGN_OR_RAISE(std::shared_ptr<arrow::RecordBatchReader> reader,
                               arrow::csv::StreamingReader::Make(arrow::io::default_io_context(),
                                                                 std::make_shared<TextInput>(text),

@@ -18,6 +18,7 @@
 #include "embedded/data/CellText.h"
 #include "embedded/data/DelimitedText.h"
 #include "embedded/data/FileReaders.h"
+#include "embedded/data/ParquetFile.h"
 #include "embedded/data/ReadColumn.h"
 #include "embedded/data/SourceBytes.h"
 #include "embedded/data/TableSchema.h"
@@ -235,6 +236,9 @@ class Assembly {
                 onlyText = values[code];
             }
         }
+        if (std::find(says.begin(), says.end(), Says::kNumber) == says.end() || texts == 0) {
+            return;
+        }
         std::int64_t numbers = 0;
         Oddity stray;
         std::string firstText;
@@ -324,8 +328,9 @@ DataSet ReadText(std::string_view bytes, const std::string& source, const TableS
 
 // The first row whose value is not whole, or for booleans neither 0 nor 1; -1 when there is none.
 std::int64_t FirstMisfit(const Column& column, bool boolean) {
+    ColumnBuffer buffer;
     for (std::int32_t i = 0; i < column.ChunkCount(); ++i) {
-        const ColumnChunk chunk = column.Chunk(i);
+        const ColumnChunk chunk = column.Chunk(i, buffer);
         for (std::int32_t row = 0; row < chunk.fRows; ++row) {
             const double value = chunk.fNumbers[static_cast<std::size_t>(row)];
             const bool fits = boolean ? value == 0 || value == 1 : value == std::floor(value);
@@ -387,9 +392,11 @@ std::string TypeName(const ArrowSchema& schema) {
     return "'" + std::string(format) + "' (Arrow's notation)";
 }
 
-DataSet ReadBatches(const ArrowStream& stream, const std::string& source, const TableSchema& schema,
+// The columns of a stream or of a Parquet file: the other one is null.
+DataSet ReadBatches(const ArrowStream* stream, const ParquetFile* parquet,
+                    const std::string& source, const TableSchema& schema,
                     const OpenOptions& options) {
-    const OwnedArrowSchema owned = stream.Schema();
+    const OwnedArrowSchema owned = parquet != nullptr ? parquet->Schema() : stream->Schema();
     const ArrowSchema& root = owned.Get();
     if (std::string_view(root.format) != "+s") {
         throw DataError(DataError::Kind::kContent,
@@ -418,9 +425,30 @@ DataSet ReadBatches(const ArrowStream& stream, const std::string& source, const 
                               IsUnusableType(fields[at]) ? fields[at].fType : TypeName(type));
         }
     }
-    for (OwnedArrowArray batch; stream.Next(batch);) {
+    const auto memory = std::make_shared<ColumnMemory>(options.fMemory, options.fTempPath);
+    std::vector<std::optional<ReadColumn>> read(columns.size());
+    if (parquet != nullptr) {
+        std::vector<bool> wanted;
+        for (const auto& column : columns) {
+            wanted.push_back(column != nullptr);
+        }
+        read = parquet->ReadPages(wanted, missingTexts, memory, options.fThreads);
+    }
+    // Fields that the batches have: of a Parquet file those that are still to be read.
+    std::vector<std::int32_t> fieldsOfBatch;
+    for (std::size_t at = 0; at < columns.size(); ++at) {
+        if (parquet == nullptr || (columns[at] && !read[at])) {
+            fieldsOfBatch.push_back(static_cast<std::int32_t>(at));
+        }
+    }
+    std::optional<ArrowStream> rest;
+    if (parquet != nullptr && !fieldsOfBatch.empty()) {
+        rest = parquet->Stream(fieldsOfBatch);
+        stream = &*rest;
+    }
+    for (OwnedArrowArray batch; stream != nullptr && stream->Next(batch);) {
         const ArrowArray& rows = batch.Get();
-        if (rows.n_children != root.n_children) {
+        if (rows.n_children != static_cast<std::int64_t>(fieldsOfBatch.size())) {
             throw DataError(DataError::Kind::kContent,
                             source + ": a batch has another number of columns than the schema");
         }
@@ -432,24 +460,35 @@ DataSet ReadBatches(const ArrowStream& stream, const std::string& source, const 
                 return ((static_cast<const unsigned char*>(validity)[at / 8] >> (at % 8)) & 1) != 0;
             };
         }
-        for (std::size_t at = 0; at < columns.size(); ++at) {
+        for (std::size_t child = 0; child < fieldsOfBatch.size(); ++child) {
+            const auto at = static_cast<std::size_t>(fieldsOfBatch[child]);
             if (!columns[at]) {
                 continue;
             }
             try {
-                columns[at]->Append(*rows.children[at], rows.offset, rows.length, isRow);
+                columns[at]->Append(*rows.children[child], rows.offset, rows.length, isRow);
             } catch (const std::invalid_argument& fault) {
                 throw DataError(DataError::Kind::kContent,
                                 source + ": column " + Quoted(names[at]) + ": " + fault.what());
             }
         }
     }
+    std::int64_t rowCount = -1;
     for (std::size_t at = 0; at < columns.size(); ++at) {
         if (columns[at]) {
-            ReadColumn read = std::move(*columns[at]).Finish();
-            columns[at].reset();
-            Reconcile(fields[at], source, read);
-            assembly.Add(fields[at], std::move(read));
+            if (!read[at]) {
+                read[at] = std::move(*columns[at]).Finish(memory);
+                columns[at].reset();
+            }
+            rowCount = rowCount < 0 ? read[at]->fColumn.RowCount() : rowCount;
+            if (read[at]->fColumn.RowCount() != rowCount) {
+                throw DataError(DataError::Kind::kContent,
+                                source + ": is damaged or cut short: column " + Quoted(names[at]) +
+                                    " has another number of rows than the columns before it");
+            }
+            Reconcile(fields[at], source, *read[at]);
+            assembly.Add(fields[at], std::move(*read[at]));
+            read[at].reset();
         }
     }
     return std::move(assembly).Finish();
@@ -512,13 +551,16 @@ DataSet OpenDataSet(const std::string& path, const OpenOptions& options) {
     const TableSchema schema = LoadSchema(path, options);
     RefuseOtherForms(bytes, source);
     if (StartsWith(bytes, "PAR1")) {
-        return ReadBatches(ReadParquet(bytes, source), source, schema, options);
+        const std::unique_ptr<ParquetFile> parquet = ParquetFile::Open(bytes, source);
+        return ReadBatches(nullptr, parquet.get(), source, schema, options);
     }
     if (StartsWith(bytes, "ARROW1")) {
-        return ReadBatches(ReadIpcFile(bytes, source), source, schema, options);
+        const ArrowStream stream = ReadIpcFile(bytes, source);
+        return ReadBatches(&stream, nullptr, source, schema, options);
     }
     if (StartsWith(bytes, "\xFF\xFF\xFF\xFF")) {  // each message of a stream starts with these
-        return ReadBatches(ReadIpcStream(bytes, source), source, schema, options);
+        const ArrowStream stream = ReadIpcStream(bytes, source);
+        return ReadBatches(&stream, nullptr, source, schema, options);
     }
     return ReadText(bytes, source, schema, options);
 }
@@ -526,7 +568,7 @@ DataSet OpenDataSet(const std::string& path, const OpenOptions& options) {
 DataSet ReadArrowStream(ArrowArrayStream& stream, const std::string& sourceName,
                         const OpenOptions& options) {
     const ArrowStream owned(stream, sourceName);
-    return ReadBatches(owned, sourceName, LoadSchema("", options), options);
+    return ReadBatches(&owned, nullptr, sourceName, LoadSchema("", options), options);
 }
 
 }  // namespace embedded

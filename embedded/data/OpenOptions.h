@@ -30,6 +30,8 @@ struct OpenOptions {
     /// Bytes that the columns may take in memory; what is beyond goes to a temporary file. 0: half
     /// of what the machine has.
     std::int64_t fMemory = 0;
+    /// The folder of that file; empty: TMPDIR, else /tmp.
+    std::string fTempPath;
 
     /// See DataSet::NominalMax.
     std::int32_t fNominalMax = 20;

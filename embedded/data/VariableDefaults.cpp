@@ -2,17 +2,25 @@
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 #include <utility>
 
 namespace embedded {
 namespace {
 
 bool AreAllWhole(const Column& column) {
+    const auto areWhole = [](std::span<const double> values) {
+        // The missing value is whole.
+        return std::all_of(values.begin(), values.end(),
+                           [](double value) { return value == std::floor(value); });
+    };
+    if (column.IsCoded()) {
+        return areWhole(column.Categories().Numbers());
+    }
+    ColumnBuffer buffer;
     for (std::int32_t i = 0; i < column.ChunkCount(); ++i) {
-        for (const double value : column.Chunk(i).fNumbers) {
-            if (value != std::floor(value)) {  // the missing value is whole
-                return false;
-            }
+        if (!areWhole(column.Numbers(i, buffer))) {
+            return false;
         }
     }
     return true;
