@@ -282,11 +282,23 @@ class Assembly {
 
 // ---- delimited text ----
 
-DataSet ReadText(std::string_view bytes, const std::string& source, const TableSchema& schema,
+// The header's columns in the dictionary. A fault in the records goes before one in the names,
+// which it may explain.
+std::vector<SchemaField> FieldsOf(const DelimitedText& table, const TableSchema& schema,
+                                  const std::string& source) {
+    try {
+        CheckNames(table.Names(), source);
+        return MatchFields(schema, table.Names(), source);
+    } catch (const DataError&) {
+        table.CheckRecords();
+        throw;
+    }
+}
+
+DataSet ReadText(const SourceBytes& file, const std::string& source, const TableSchema& schema,
                  const OpenOptions& options) {
-    const DelimitedText table(bytes, options, source);
-    CheckNames(table.Names(), source);
-    const std::vector<SchemaField> fields = MatchFields(schema, table.Names(), source);
+    const DelimitedText table(file.Get(), options, source, &file);
+    const std::vector<SchemaField> fields = FieldsOf(table, schema, source);
     const RowPlace place = [&table](std::int64_t row) {
         return "line " + std::to_string(table.LineOfRow(row));
     };
@@ -301,24 +313,24 @@ DataSet ReadText(std::string_view bytes, const std::string& source, const TableS
                               : std::make_unique<TextColumn>(
                                     RulesFor(field, schema, options, table.Dialect().fDelimiter)));
     }
-    table.Read(columns);
-    for (std::size_t at = 0; at < columns.size(); ++at) {
+    std::vector<DelimitedText::Outcome> outcomes =
+        table.Read(std::move(columns), std::make_shared<ColumnMemory>(options.fMemory));
+    for (std::size_t at = 0; at < outcomes.size(); ++at) {
         const SchemaField& field = fields[at];
-        if (!columns[at]) {
-            assembly.LeaveOut(field.fName, field.fType);
-            continue;
-        }
-        if (const auto& fault = columns[at]->GetFault()) {
+        if (const auto& fault = outcomes[at].fFault) {
             field.fOrigin.Fail("the type is " + field.fType + ", but " + place(fault->fRow) +
                                " of " + source + " has " + Quoted(fault->fCell) +
                                "; correct the cell or the type" +
                                ", or declare the text in 'missingValues'");
         }
+        if (!outcomes[at].fRead) {
+            assembly.LeaveOut(field.fName, field.fType);
+        }
     }
-    for (std::size_t at = 0; at < columns.size(); ++at) {
-        if (columns[at]) {
-            assembly.Add(fields[at], std::move(*columns[at]).Finish());
-            columns[at].reset();
+    for (std::size_t at = 0; at < outcomes.size(); ++at) {
+        if (outcomes[at].fRead) {
+            assembly.Add(fields[at], *std::move(outcomes[at].fRead));
+            outcomes[at].fRead.reset();
         }
     }
     return std::move(assembly).Finish();
@@ -562,7 +574,7 @@ DataSet OpenDataSet(const std::string& path, const OpenOptions& options) {
         const ArrowStream stream = ReadIpcStream(bytes, source);
         return ReadBatches(&stream, nullptr, source, schema, options);
     }
-    return ReadText(bytes, source, schema, options);
+    return ReadText(file, source, schema, options);
 }
 
 DataSet ReadArrowStream(ArrowArrayStream& stream, const std::string& sourceName,

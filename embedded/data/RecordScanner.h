@@ -30,8 +30,9 @@ class RecordScanner {
     std::int64_t Line() const { return fLine; }
     /// True when the text ends within quotes.
     bool IsUnterminated() const { return fbUnterminated; }
-    /// Where the next record may start.
+    /// Where the next record may start, and its line.
     std::size_t Position() const { return fPosition; }
+    std::int64_t NextLine() const { return fNextLine; }
 
  private:
     std::string_view fText;

@@ -92,6 +92,21 @@ SourceBytes::SourceBytes(const std::string& path) {
     }
 }
 
+void SourceBytes::GiveBack(std::string_view part) const {
+    const auto* const begin = static_cast<const char*>(fpMapped);
+    if (begin == nullptr || part.data() < begin || part.data() >= begin + fSize) {
+        return;
+    }
+    static const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    // The page at the end may be in use by whoever reads on; it is given back with what follows.
+    const std::size_t first = static_cast<std::size_t>(part.data() - begin) / page * page;
+    const std::size_t end =
+        (static_cast<std::size_t>(part.data() - begin) + part.size()) / page * page;
+    if (end > first) {
+        madvise(static_cast<char*>(fpMapped) + first, end - first, MADV_DONTNEED);
+    }
+}
+
 SourceBytes::~SourceBytes() {
     if (fpMapped != nullptr) {
         munmap(fpMapped, fSize);

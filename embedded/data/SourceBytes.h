@@ -21,6 +21,9 @@ class SourceBytes {
         return fpMapped != nullptr ? std::string_view(static_cast<const char*>(fpMapped), fSize)
                                    : std::string_view(fRead);
     }
+    /// Says that a part of Get(), or what is no part of it, is not needed for now: the memory of a
+    /// mapped file goes back, and is read again from the file when it is touched. Any thread.
+    void GiveBack(std::string_view part) const;
 
  private:
     void* fpMapped = nullptr;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 namespace embedded {
@@ -116,22 +117,41 @@ void TextColumn::Classify(std::string_view cell, std::string_view trimmed) {
 
 // Stores the cell as a value of that state; false when it is none.
 bool TextColumn::StoreAs(State state, std::string_view trimmed) {
+    const std::optional<Value> value = ValueAs(state, trimmed);
+    if (!value) {
+        return false;
+    }
+    fDecimals = std::max(fDecimals, value->fDecimals);
+    if (value->fbInexact) {
+        fInexact.Note(fRow);
+    }
+    fNumbers.Append(value->fNumber);
+    fbEmptySoFar = false;
+    if (std::isfinite(value->fNumber)) {
+        fbNothingStored = false;
+    } else {
+        fbSpecialSeen = true;
+    }
+    return true;
+}
+
+// The cell as a value of that state, if it is one.
+std::optional<TextColumn::Value> TextColumn::ValueAs(State state, std::string_view trimmed) {
+    Value result;
     std::optional<double> value;
     switch (state) {
         case State::kUndecided:
         case State::kText:
-            return false;
+            return std::nullopt;
         case State::kNumber: {
             const std::optional<NumberText> number = Number(trimmed);
             if (!number || (fRules.fbWholeOnly && std::isfinite(number->fValue) &&
                             number->fValue != std::floor(number->fValue))) {
-                return false;
+                return std::nullopt;
             }
-            fDecimals = std::max(fDecimals, number->fDecimals);
-            if (number->fbInteger && std::abs(number->fValue) >= kFirstInexactInteger &&
-                std::isfinite(number->fValue)) {
-                fInexact.Note(fRow);
-            }
+            result.fDecimals = number->fDecimals;
+            result.fbInexact = number->fbInteger && std::isfinite(number->fValue) &&
+                               std::abs(number->fValue) >= kFirstInexactInteger;
             value = number->fValue;
             break;
         }
@@ -157,16 +177,25 @@ bool TextColumn::StoreAs(State state, std::string_view trimmed) {
             break;
     }
     if (!value) {
-        return false;
+        return std::nullopt;
     }
-    fNumbers.Append(*value);
-    fbEmptySoFar = false;
-    if (std::isfinite(*value)) {
-        fbNothingStored = false;
-    } else {
-        fbSpecialSeen = true;
+    result.fNumber = *value;
+    return result;
+}
+
+TextColumn::Value TextColumn::ValueOf(std::string_view cell) {
+    Value missing;
+    missing.fNumber = std::numeric_limits<double>::quiet_NaN();
+    const std::string_view trimmed = TrimBlanks(cell);
+    if (trimmed.empty() || fRules.fMissingTexts.contains(cell)) {
+        return missing;
     }
-    return true;
+    if (const auto value =
+            ValueAs(fState == State::kUndecided ? State::kNumber : fState, trimmed)) {
+        return *value;
+    }
+    missing.fbFault = !fRules.fNeutralTexts.contains(cell);
+    return missing;
 }
 
 std::optional<NumberText> TextColumn::Number(std::string_view trimmed) {
@@ -219,6 +248,25 @@ bool TextColumn::EndReading() {
     return false;
 }
 
+ColumnKind TextColumn::Kind() const {
+    switch (fState) {
+        case State::kBoolean:
+            return ColumnKind::kBoolean;
+        case State::kDate:
+            return ColumnKind::kDate;
+        case State::kDateTime:
+            return ColumnKind::kDateTime;
+        case State::kTime:
+            return ColumnKind::kTime;
+        case State::kText:
+            return ColumnKind::kString;
+        case State::kUndecided:
+        case State::kNumber:
+            break;
+    }
+    return ColumnKind::kNumber;
+}
+
 ReadColumn TextColumn::Finish() && {
     if (fState == State::kText) {
         const Oddity undecodable = fTexts.Undecodable();
@@ -226,23 +274,7 @@ ReadColumn TextColumn::Finish() && {
         result.fUndecodable = undecodable;
         return result;
     }
-    ColumnKind kind = ColumnKind::kNumber;
-    switch (fState) {
-        case State::kBoolean:
-            kind = ColumnKind::kBoolean;
-            break;
-        case State::kDate:
-            kind = ColumnKind::kDate;
-            break;
-        case State::kDateTime:
-            kind = ColumnKind::kDateTime;
-            break;
-        case State::kTime:
-            kind = ColumnKind::kTime;
-            break;
-        default:
-            break;
-    }
+    const ColumnKind kind = Kind();
     const Oddity infinite = fNumbers.Infinite();
     ReadColumn result{std::move(fNumbers).Finish(), kind};
     result.fInfinite = infinite;

@@ -35,6 +35,9 @@ struct TextColumnRules {
 ///
 /// Cells are stored as what they seem to be. When a later cell shows that earlier ones meant
 /// something else than what was stored, the column has to be read a second time.
+///
+/// What the cells are does not depend on how often each text occurs: whoever has the distinct texts
+/// in order of appearance may give these alone, and ask what each stands for once that is settled.
 class TextColumn {
  public:
     explicit TextColumn(TextColumnRules rules);
@@ -49,6 +52,19 @@ class TextColumn {
     /// REQUIRES: EndReading gave true and there is no fault.
     ReadColumn Finish() &&;
 
+    const TextColumnRules& Rules() const { return fRules; }
+    /// What the cells given so far are; once they are texts, they stay texts.
+    ColumnKind Kind() const;
+    /// What a cell stands for in a column of Kind(), which is no text.
+    struct Value {
+        double fNumber = 0;  // NaN: missing
+        std::int32_t fDecimals = 0;
+        bool fbInexact = false;
+        bool fbFault = false;  // contradicts the kind
+    };
+    /// REQUIRES: EndReading was called, and the cell is one of those given.
+    Value ValueOf(std::string_view cell);
+
     /// The first cell that contradicts the declared kind; later cells are ignored.
     struct Fault {
         std::int64_t fRow;
@@ -61,6 +77,7 @@ class TextColumn {
 
     void Classify(std::string_view cell, std::string_view trimmed);
     bool StoreAs(State state, std::string_view trimmed);
+    std::optional<Value> ValueAs(State state, std::string_view trimmed);
     void TurnIntoText();
     std::optional<NumberText> Number(std::string_view trimmed);
     void StoreMissing();

@@ -96,7 +96,8 @@ bool LooksLikeUtf8(std::string_view bytes) {
 
 }  // namespace
 
-DecodedText::DecodedText(std::string_view bytes, TextEncoding encoding)
+DecodedText::DecodedText(std::string_view bytes, TextEncoding encoding,
+                         const std::function<bool(std::string_view)>& isUtf8)
     : fText(bytes), fEncoding(encoding) {
     const auto takeMark = [this](std::string_view mark) {
         const bool found = fText.substr(0, mark.size()) == mark;
@@ -117,7 +118,8 @@ DecodedText::DecodedText(std::string_view bytes, TextEncoding encoding)
             fEncoding = TextEncoding::kUtf16;
             bigEndian = zeros == ZeroBytes::kFirst;
         } else if (detect) {
-            fEncoding = LooksLikeUtf8(fText) ? TextEncoding::kUtf8 : TextEncoding::kLatin1;
+            fEncoding =
+                isUtf8(fText) || LooksLikeUtf8(fText) ? TextEncoding::kUtf8 : TextEncoding::kLatin1;
         }
     }
     if (fEncoding == TextEncoding::kUtf16) {

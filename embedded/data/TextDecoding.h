@@ -1,6 +1,7 @@
 #ifndef PREDSEL_EMBEDDED_DATA_TEXTDECODING_H
 #define PREDSEL_EMBEDDED_DATA_TEXTDECODING_H
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -16,7 +17,12 @@ class DecodedText {
     /// or has more characters beyond ASCII that are well-formed than bytes that are not, else
     /// Windows-1252. What cannot be decoded is left as bytes that are no UTF-8 either, so that it
     /// is counted where it ends up.
-    DecodedText(std::string_view bytes, TextEncoding encoding);
+    DecodedText(std::string_view bytes, TextEncoding encoding)
+        : DecodedText(bytes, encoding, [](std::string_view) { return false; }) {}
+    /// isUtf8: whether the text (without its mark) is known to be UTF-8 throughout; asked where
+    /// that would settle the encoding.
+    DecodedText(std::string_view bytes, TextEncoding encoding,
+                const std::function<bool(std::string_view)>& isUtf8);
 
     DecodedText(const DecodedText&) = delete;
     DecodedText& operator=(const DecodedText&) = delete;
