@@ -12,7 +12,8 @@ namespace {
 
 }  // namespace
 
-std::unique_ptr<ParquetFile> ParquetFile::Open(std::string_view /*bytes*/, std::string name) {
+std::unique_ptr<ParquetFile> ParquetFile::Open(std::string_view /*bytes*/, std::string name,
+                                               GiveBack /*giveBack*/) {
     Refuse(name, "Parquet files");
 }
 

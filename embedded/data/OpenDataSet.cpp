@@ -313,8 +313,8 @@ DataSet ReadText(const SourceBytes& file, const std::string& source, const Table
                               : std::make_unique<TextColumn>(
                                     RulesFor(field, schema, options, table.Dialect().fDelimiter)));
     }
-    std::vector<DelimitedText::Outcome> outcomes =
-        table.Read(std::move(columns), std::make_shared<ColumnMemory>(options.fMemory));
+    std::vector<DelimitedText::Outcome> outcomes = table.Read(
+        std::move(columns), std::make_shared<ColumnMemory>(options.fMemory, options.fTempPath));
     for (std::size_t at = 0; at < outcomes.size(); ++at) {
         const SchemaField& field = fields[at];
         if (const auto& fault = outcomes[at].fFault) {
@@ -563,7 +563,8 @@ DataSet OpenDataSet(const std::string& path, const OpenOptions& options) {
     const TableSchema schema = LoadSchema(path, options);
     RefuseOtherForms(bytes, source);
     if (StartsWith(bytes, "PAR1")) {
-        const std::unique_ptr<ParquetFile> parquet = ParquetFile::Open(bytes, source);
+        const std::unique_ptr<ParquetFile> parquet = ParquetFile::Open(
+            bytes, source, [&file](std::string_view part) { file.GiveBack(part); });
         return ReadBatches(nullptr, parquet.get(), source, schema, options);
     }
     if (StartsWith(bytes, "ARROW1")) {

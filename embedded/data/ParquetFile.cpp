@@ -468,8 +468,8 @@ ReadColumn FinishColumn(PageColumn& column, const std::vector<std::int64_t>& gro
 
 class OpenedParquetFile : public ParquetFile {
  public:
-    OpenedParquetFile(std::string_view bytes, std::string name)
-        : fBytes(bytes), fName(std::move(name)) {
+    OpenedParquetFile(std::string_view bytes, std::string name, GiveBack giveBack)
+        : fBytes(bytes), fName(std::move(name)), fGiveBack(std::move(giveBack)) {
         parquet::ArrowReaderProperties properties;
         properties.set_use_threads(false);
         parquet::arrow::FileReaderBuilder builder;
@@ -527,8 +527,24 @@ class OpenedParquetFile : public ParquetFile {
         }
     }
 
+    void GiveBackPages(const parquet::ColumnChunkMetaData& pages) const {
+        if (!fGiveBack) {
+            return;
+        }
+        std::int64_t begin = pages.data_page_offset();
+        if (pages.has_dictionary_page() && pages.dictionary_page_offset() > 0) {
+            begin = std::min(begin, pages.dictionary_page_offset());
+        }
+        const std::int64_t size = pages.total_compressed_size();
+        if (begin >= 0 && size > 0 && begin < static_cast<std::int64_t>(fBytes.size())) {
+            fGiveBack(
+                fBytes.substr(static_cast<std::size_t>(begin), static_cast<std::size_t>(size)));
+        }
+    }
+
     std::string_view fBytes;
     std::string fName;
+    GiveBack fGiveBack;
     std::unique_ptr<parquet::arrow::FileReader> fpFile;
     std::shared_ptr<arrow::Schema> fpSchema;
 };
@@ -575,6 +591,9 @@ std::vector<std::optional<ReadColumn>> OpenedParquetFile::ReadPages(
         column->fGroupsLeft = static_cast<std::int32_t>(groupRows.size());
         numeric += column->IsText() ? 0 : 1;
         columns.push_back(std::move(column));
+    }
+    if (columns.empty()) {
+        return result;
     }
     // Numbers are decoded where they stay if they fit into memory for sure.
     const bool placed =
@@ -627,6 +646,7 @@ std::vector<std::optional<ReadColumn>> OpenedParquetFile::ReadPages(
                 GroupColumn(column, group, groupRows[static_cast<std::size_t>(group)], placed,
                             *reader, buffer)
                     .Read();
+                GiveBackPages(*reader->metadata()->ColumnChunk(column.fLeaf));
             });
             if (--column.fGroupsLeft == 0) {
                 attempt([&] {
@@ -643,9 +663,10 @@ std::vector<std::optional<ReadColumn>> OpenedParquetFile::ReadPages(
 
 }  // namespace
 
-std::unique_ptr<ParquetFile> ParquetFile::Open(std::string_view bytes, std::string name) {
+std::unique_ptr<ParquetFile> ParquetFile::Open(std::string_view bytes, std::string name,
+                                               GiveBack giveBack) {
     try {
-        return std::make_unique<OpenedParquetFile>(bytes, name);
+        return std::make_unique<OpenedParquetFile>(bytes, name, std::move(giveBack));
     } catch (const DataError&) {
         throw;
     } catch (const std::exception& fault) {

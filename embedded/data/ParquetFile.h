@@ -2,6 +2,7 @@
 #define PREDSEL_EMBEDDED_DATA_PARQUETFILE_H
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,9 +17,13 @@ namespace embedded {
 /// A Parquet file, opened. Its fields are those of Schema(), by number from 0.
 class ParquetFile {
  public:
+    /// Told of bytes that have been read and are not needed for now. From any thread; may be empty.
+    using GiveBack = std::function<void(std::string_view part)>;
+
     /// Borrows the bytes, which are not trusted. Throws DataError; a build without Apache Arrow has
     /// this in place of every reader. name stands for the source in messages.
-    static std::unique_ptr<ParquetFile> Open(std::string_view bytes, std::string name);
+    static std::unique_ptr<ParquetFile> Open(std::string_view bytes, std::string name,
+                                             GiveBack giveBack = {});
     virtual ~ParquetFile() = default;
 
     /// The schema of the batches that Stream gives for all fields.
