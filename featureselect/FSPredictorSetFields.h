@@ -48,7 +48,8 @@ struct Accums {
         for (std::int32_t at = 0; at < count; ++at) {
             // Grows with what has been read: the count may be anything.
             if constexpr (Archive::kRestores) self.fvpAccum.emplace_back();
-            Accum accum{self.fvpAccum[static_cast<std::size_t>(at)]};
+            auto& pointer = self.fvpAccum[static_cast<std::size_t>(at)];
+            Accum<std::remove_reference_t<decltype(pointer)>> accum{pointer};
             archive.Items(accum);
         }
     }
@@ -77,8 +78,10 @@ struct TargetAccum {
 template <class Self, class Archive>
 void FSPredictorSet::Fields(Self&& self, Archive& archive) {
     std::int32_t deleted = self.GetNumberOfDeleted();
-    FSPredictorSetParts::Accums accums{self.fvpAccum};
-    FSPredictorSetParts::TargetAccum target{self.fpTargetAccum};
+    FSPredictorSetParts::Accums<std::remove_reference_t<decltype((self.fvpAccum))>> accums{
+        self.fvpAccum};
+    FSPredictorSetParts::TargetAccum<std::remove_reference_t<decltype((self.fpTargetAccum))>>
+        target{self.fpTargetAccum};
     archive(kSaved, self.fNumPredictors, self.fNumBestSorted, self.fElapsed, self.fPredSetType,
             self.fStatus, self.fMemoryAllocated, self.fDataPassCompleted, self.fNoValidData,
             self.fNoValidWeight, self.fWeightedValid, self.fWeightedExcluded, self.fUnweightedValid,

@@ -20,6 +20,7 @@ DONE, COMMAND_FAILED, WRONG_USE, FILE_FAULT, INTERRUPTED = 0, 1, 2, 3, 130
 def default_signals():
     """Whoever runs the tests in the background may have had signals ignored, which is inherited."""
     signal.signal(signal.SIGINT, signal.SIG_DFL)
+    signal.signal(signal.SIGHUP, signal.SIG_DFL)
     signal.signal(signal.SIGPIPE, signal.SIG_DFL)
 
 
