@@ -196,6 +196,12 @@ void AddReadingOptions(CLI::App& command, ProgramOptions& options, const char* m
             },
             memoryHelp)
         ->transform(Undescribed(CLI::AsSizeValue(false)))
+        // Runs first: the transformation takes a sign for a very large size.
+        ->check(CLI::Validator(
+            [](const std::string& text) {
+                return std::string(text.starts_with('-') ? "must not be negative" : "");
+            },
+            ""))
         ->type_name("SIZE")
         ->group(kDataGroup);
 }

@@ -97,7 +97,7 @@ class TemporaryFile {
         Append(&record[0], static_cast<std::size_t>(record.Size()));
     }
     void Append(const double* values, std::size_t count) {
-        if (fbGap) return;
+        if (fbGap || count == 0) return;
         fbGap = std::fwrite(values, sizeof(double), count, fpFile) != count;
     }
 

@@ -7,6 +7,7 @@
 
 #include "naivebayes/tests/EngineFixture.h"
 #include "naivebayes/tests/RandomSearchData.h"
+#include "tests/support/RandomSeed.h"
 
 namespace {
 
@@ -64,7 +65,7 @@ std::string Saved(INBAlgorithm& engine) {
 }
 
 TEST(NBAlgorithmBlocks, BuildAndUpdateTheModelThatSingleRecordsGive) {
-    const auto seed = std::random_device()();
+    const auto seed = testsupport::RandomSeed();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
     for (int trial = 0; trial < 10; ++trial) {
@@ -88,7 +89,7 @@ TEST(NBAlgorithmBlocks, BuildAndUpdateTheModelThatSingleRecordsGive) {
 }
 
 TEST(NBAlgorithmBlocks, SelectTheSubsetThatSingleRecordsSelect) {
-    const auto seed = std::random_device()();
+    const auto seed = testsupport::RandomSeed();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
     for (int trial = 0; trial < 12; ++trial) {

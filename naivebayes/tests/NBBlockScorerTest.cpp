@@ -19,6 +19,7 @@
 #include "naivebayes/data/NBBinningEncoder.h"
 #include "naivebayes/data/NBBlockBinning.h"
 #include "naivebayes/tests/EngineFixture.h"
+#include "tests/support/RandomSeed.h"
 
 namespace {
 
@@ -150,7 +151,7 @@ class BlocksAndRecords : public testing::TestWithParam<Shape> {};
 
 TEST_P(BlocksAndRecords, ScoreToTheSameBits) {
     const Shape shape = GetParam();
-    const std::uint32_t seed = std::random_device()();
+    const std::uint32_t seed = testsupport::RandomSeed();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
     NBVarList list;
@@ -272,7 +273,7 @@ TEST(NBBlockScorer, AStopAtTheBlockIsAnError) {
 }
 
 TEST(NBBlockBinning, GivesTheBinsOfTheEncoder) {
-    const std::uint32_t seed = std::random_device()();
+    const std::uint32_t seed = testsupport::RandomSeed();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
     constexpr double kHuge = std::numeric_limits<double>::max();

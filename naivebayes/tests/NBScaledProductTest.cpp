@@ -1,4 +1,5 @@
 #include "naivebayes/NBScaledProduct.h"
+#include "tests/support/RandomSeed.h"
 
 #include <gtest/gtest.h>
 
@@ -21,7 +22,7 @@ double LogOf(const NBScaledProduct& product) {
 }
 
 TYPED_TEST(NBScaledProductTest, BothFormsGiveTheSameBitsAndTheProduct) {
-    const auto seed = std::random_device()();
+    const auto seed = testsupport::RandomSeed();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
     std::uniform_real_distribution<double> uniform(1e-6, 1.0);

@@ -11,6 +11,7 @@
 
 #include "naivebayes/tests/PlainScoring.h"
 #include "naivebayes/tests/RandomSearchData.h"
+#include "tests/support/RandomSeed.h"
 
 namespace {
 
@@ -104,7 +105,7 @@ INSTANTIATE_TEST_SUITE_P(Weights, NBSubsetRecordsTest,
                          });
 
 TEST_P(NBSubsetRecordsTest, ScoreAsThePlainForm) {
-    const auto seed = std::random_device()();
+    const auto seed = testsupport::RandomSeed();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
     for (int trial = 0; trial < 25; ++trial) {
@@ -137,7 +138,7 @@ TEST_P(NBSubsetRecordsTest, ScoreAsThePlainForm) {
 }
 
 TEST_P(NBSubsetRecordsTest, EqualColumnsScoreEqualBitsWhereverTheyStand) {
-    const auto seed = std::random_device()();
+    const auto seed = testsupport::RandomSeed();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
     int numPairs = 0;

@@ -75,7 +75,7 @@ def test_screening_of_a_long_table_does_not_depend_on_the_memory(tmp_path, long_
 
 
 @pytest.mark.parametrize("option", [["--threads", "0"], ["--threads", "257"], ["--threads", "two"],
-                                    ["--memory", "much"]])
+                                    ["--memory", "much"], ["--memory", "-1"]])
 def test_what_is_no_number_of_threads_or_bytes_is_refused(option):
     result = program("select", "--data", PENGUINS, "--target", "species", *option)
     assert result.returncode == WRONG_USE

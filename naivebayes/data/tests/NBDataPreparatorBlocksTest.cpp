@@ -11,6 +11,7 @@
 #include "naivebayes/data/tests/PreparatorFixture.h"
 #include "naivebayes/tests/RandomSearchData.h"
 #include "naivebayes/tests/RecordSource.h"
+#include "tests/support/RandomSeed.h"
 
 namespace {
 
@@ -69,7 +70,7 @@ Pass PassOver(MCCommon::MultiPassRecordIter& source, NBDataPreparator& preparato
 }
 
 TEST(NBDataPreparatorBlocks, KeepTheRecordsThatOneByOneAreKept) {
-    const auto seed = std::random_device()();
+    const auto seed = testsupport::RandomSeed();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
     for (int trial = 0; trial < 40; ++trial) {
@@ -144,7 +145,7 @@ TEST(NBDataPreparatorBlocks, StopBetweenBlocksWhenInterrupted) {
 }
 
 TEST(NBBinningEncoderEntries, AreTheCodesMovedUpByOne) {
-    const auto seed = std::random_device()();
+    const auto seed = testsupport::RandomSeed();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
     NBNumericUserMissing missing;

@@ -16,6 +16,7 @@
 #include "naivebayes/data/tests/PreparatorFixture.h"
 #include "naivebayes/tests/AllocationMeter.h"
 #include "naivebayes/tests/RecordSource.h"
+#include "tests/support/RandomSeed.h"
 
 namespace {
 
@@ -214,7 +215,7 @@ TEST_P(NBDataPreparatorPass, AllocatesNothingForARecord) {
 }
 
 TEST(NBDataPreparatorStores, HoldTheSameRecords) {
-    const auto seed = std::random_device()();
+    const auto seed = testsupport::RandomSeed();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
     const std::vector<double> values = {kMissing, -1.5, -1.0, -0.5, 0.0, 0.4,  0.5,
