@@ -1,6 +1,7 @@
 #include "naivebayes/NBBlockScorer.h"
 
 #include <algorithm>
+#include <limits>
 #include <type_traits>
 #include <variant>
 
@@ -13,6 +14,8 @@
 
 namespace {
 
+/// More bins are scored record by record.
+using BinEntry = std::uint16_t;
 constexpr std::size_t kTaskRows = 4096;
 /// Running products at a time: they stay in the nearest cache while all predictors pass.
 constexpr std::size_t kProducts = 2048;
@@ -43,7 +46,7 @@ struct NBBlockScorer::Scratch {
     std::vector<double> fvProducts;       // by record, then by target category
     std::vector<std::uint8_t> fvValid;    // by record: above 0 when a predictor is valid
     std::vector<std::uint8_t> fvRefused;  // by record: 1 when a code is out of range
-    std::vector<NBBlockBinning::Entry> fvEntries;
+    std::vector<BinEntry> fvEntries;
     std::vector<double> fvPosteriors;
     std::vector<std::size_t> fvTies;
 };
@@ -75,9 +78,9 @@ bool NBBlockScorer::AddPredictor(const NBDataPreparator& preparator, std::size_t
     if (isContinuous == predictor.fColumn.IsCategorical()) return false;
     std::uint32_t end = predictor.fColumn.fEntryEnd;
     if (isContinuous) {
-        if (!binning->IsUsable()) return false;
-        predictor.fBinning = *binning;
         end = binning->GetEntryEnd();
+        if (end - 1 > std::numeric_limits<BinEntry>::max()) return false;
+        predictor.fBinning = *binning;
         predictor.fValidEnd = end;
     } else {
         predictor.fValidEnd =
@@ -132,7 +135,8 @@ void NBBlockScorer::MultiplyFactors(std::size_t first, Scratch& scratch) const {
                 using Value = std::remove_const_t<typename decltype(values)::element_type>;
                 const auto rows = values.subspan(first, scratch.fRows);
                 if constexpr (std::is_same_v<Value, double>) {
-                    predictor.fBinning->Encode(rows, scratch.fvEntries.data());
+                    predictor.fBinning->Encode(rows, predictor.fValidEnd - 1,
+                                               scratch.fvEntries.data());
                     MultiplyFactors(predictor, scratch.fvEntries.data(), scratch);
                 } else {
                     MultiplyFactors(predictor, rows.data(), scratch);

@@ -1,9 +1,6 @@
 #include "naivebayes/data/NBBinningEncoder.h"
 
-#include <algorithm>
-#include <array>
 #include <cstddef>
-#include <functional>
 #include <limits>
 #include <ostream>
 #include <utility>
@@ -55,45 +52,6 @@ double NBBinningEncoder::Encode(double value) const {
     }
     return cutpoint > value ? mid : mid + 1;
 }
-
-template <class Entry>
-void NBBinningEncoder::EncodeEntries(std::span<const double> values, std::uint32_t numCategories,
-                                     Entry* entriesOut) const {
-    constexpr std::size_t kManyCutpoints = 64;  // halving takes fewer steps then
-    const bool isAscending = std::adjacent_find(fvCutpoints.begin(), fvCutpoints.end(),
-                                                std::greater_equal<>()) == fvCutpoints.end();
-    if (fpUserMissing != nullptr || fvCutpoints.empty() || !isAscending ||
-        fvCutpoints.size() > kManyCutpoints) {
-        std::transform(values.begin(), values.end(), entriesOut, [&](double value) {
-            const auto entry = static_cast<std::uint32_t>(Encode(value) + 1.0);
-            return static_cast<Entry>(std::min(entry, numCategories));
-        });
-        return;
-    }
-    // Among cutpoints that all differ, the bin is the number of those below the value.
-    constexpr std::size_t kAtATime = 256;
-    std::array<std::int64_t, kAtATime> below{};
-    for (std::size_t first = 0; first < values.size(); first += kAtATime) {
-        const std::size_t count = std::min(kAtATime, values.size() - first);
-        const double* const some = values.data() + first;
-        below.fill(1);
-        for (const double cutpoint : fvCutpoints) {
-            for (std::size_t i = 0; i < count; ++i) below[i] += cutpoint >= some[i] ? 0 : 1;
-        }
-        for (std::size_t i = 0; i < count; ++i) {
-            const auto entry = static_cast<std::uint32_t>(below[i]);
-            entriesOut[first + i] = static_cast<Entry>(
-                some[i] == MCMV::gMissingValue ? 0 : std::min(entry, numCategories));
-        }
-    }
-}
-
-template void NBBinningEncoder::EncodeEntries(std::span<const double>, std::uint32_t,
-                                              std::uint8_t*) const;
-template void NBBinningEncoder::EncodeEntries(std::span<const double>, std::uint32_t,
-                                              std::uint16_t*) const;
-template void NBBinningEncoder::EncodeEntries(std::span<const double>, std::uint32_t,
-                                              std::uint32_t*) const;
 
 std::unique_ptr<NBBinningEncoder> NBBinningEncoder::MakeCollapsedCopy(
     const NBayesInputBase& table) const {

@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <iosfwd>
 #include <memory>
-#include <span>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -29,11 +28,6 @@ class NBBinningEncoder : public INBEncoder {
 
     /// kMissingCode for a missing value, else the bin.
     double Encode(double value) const;
-    /// The codes of many values, moved up by one so that 0 is missing; none above numCategories.
-    /// Entry is an unsigned integer that holds numCategories.
-    template <class Entry>
-    void EncodeEntries(std::span<const double> values, std::uint32_t numCategories,
-                       Entry* entriesOut) const;
     const std::vector<double>& GetCutpoints() const { return fvCutpoints; }
     /// As the constructor.
     void SetCutpoints(std::vector<double> cutpoints);

@@ -34,24 +34,30 @@ NBBlockBinning::NBBlockBinning(const NBBinningEncoder* encoder) : fpEncoder(enco
         const auto below = std::lower_bound(fvCutpoints.begin(), fvCutpoints.end(), cutpoint) -
                            fvCutpoints.begin();
         exceptions = exceptions || code != static_cast<double>(below);
-        fvEqual.push_back(static_cast<Entry>(code + 1.0));
+        fvEqual.push_back(static_cast<std::uint32_t>(code + 1.0));
     }
     if (!exceptions) fvEqual.clear();
 }
 
-void NBBlockBinning::Encode(std::span<const double> values, Entry* entriesOut) const {
+template <class Entry>
+void NBBlockBinning::Encode(std::span<const double> values, std::uint32_t highest,
+                            Entry* entriesOut) const {
     if (fbByCounting) {
-        EncodeByCounting(values, entriesOut);
+        EncodeByCounting(values, highest, entriesOut);
     } else if (fpEncoder == nullptr) {
         std::fill_n(entriesOut, values.size(), Entry{0});
     } else {
-        std::transform(values.begin(), values.end(), entriesOut, [this](double value) {
-            return static_cast<Entry>(fpEncoder->Encode(value) + 1.0);
+        std::transform(values.begin(), values.end(), entriesOut, [&](double value) {
+            const auto entry = static_cast<std::uint32_t>(fpEncoder->Encode(value) + 1.0);
+            return static_cast<Entry>(std::min(entry, highest));
         });
     }
 }
 
-void NBBlockBinning::EncodeByCounting(std::span<const double> values, Entry* entriesOut) const {
+template <class Entry>
+void NBBlockBinning::EncodeByCounting(std::span<const double> values, std::uint32_t highest,
+                                      Entry* entriesOut) const {
+    const auto most = static_cast<double>(highest);
     std::array<double, kPiece> entries;
     for (std::size_t first = 0; first < values.size(); first += kPiece) {
         const std::size_t count = std::min(kPiece, values.size() - first);
@@ -63,16 +69,20 @@ void NBBlockBinning::EncodeByCounting(std::span<const double> values, Entry* ent
                 entries[i] += piece[i] <= cutpoint ? 0.0 : 1.0;
             }
         }
-        for (std::size_t i = 0; i < count; ++i) {
-            const double entry = piece[i] == MCMV::gMissingValue ? 0.0 : entries[i];
-            entriesOut[first + i] = static_cast<Entry>(static_cast<std::int32_t>(entry));
-        }
-        if (fvEqual.empty()) continue;
-        for (std::size_t i = 0; i < count; ++i) {
-            Entry& entry = entriesOut[first + i];
-            if (entry > 0 && entry <= fvCutpoints.size() && fvCutpoints[entry - 1U] == piece[i]) {
-                entry = fvEqual[entry - 1U];
+        for (std::size_t i = 0; !fvEqual.empty() && i < count; ++i) {
+            const auto below = static_cast<std::size_t>(entries[i]) - 1;
+            if (below < fvCutpoints.size() && fvCutpoints[below] == piece[i]) {
+                entries[i] = fvEqual[below];
             }
+        }
+        for (std::size_t i = 0; i < count; ++i) {
+            double entry = entries[i] < most ? entries[i] : most;
+            entry = piece[i] == MCMV::gMissingValue ? 0.0 : entry;
+            entriesOut[first + i] = static_cast<Entry>(static_cast<std::int32_t>(entry));
         }
     }
 }
+
+template void NBBlockBinning::Encode(std::span<const double>, std::uint32_t, std::uint8_t*) const;
+template void NBBlockBinning::Encode(std::span<const double>, std::uint32_t, std::uint16_t*) const;
+template void NBBlockBinning::Encode(std::span<const double>, std::uint32_t, std::uint32_t*) const;

@@ -9,7 +9,7 @@
 
 #include "naivebayes/NBColumnStore.h"
 #include "naivebayes/data/INBVariable.h"
-#include "naivebayes/data/NBBinningEncoder.h"
+#include "naivebayes/data/NBBlockBinning.h"
 #include "naivebayes/data/NBDataPreparator.h"
 #include "naivebayes/data/NBRoundEncoder.h"
 
@@ -34,16 +34,16 @@ std::uint32_t EntryOf(double code, std::uint32_t numCategories) {
     return entry < numCategories ? static_cast<std::uint32_t>(entry) : numCategories;
 }
 
-/// Appends the bins of numbers.
+/// Appends the bins of numbers; without an encoder nothing has a code.
 void AppendBins(const NBBinningEncoder* encoder, const MCCommon::BlockColumn& column,
                 NBEntryColumn& binsOut) {
     const auto values = std::get<MCCommon::BlockColumn::Numbers>(column.fValues);
     const std::size_t first = binsOut.Size();
     binsOut.Resize(first + values.size());
-    if (encoder == nullptr) return;  // nothing has a code then
+    const NBBlockBinning binning(encoder);
     std::visit(
         [&](auto& entries) {
-            encoder->EncodeEntries(values, binsOut.GetNumCategories(), entries.data() + first);
+            binning.Encode(values, binsOut.GetNumCategories(), entries.data() + first);
         },
         binsOut.GetEntries());
 }

@@ -4,11 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <functional>
-#include <limits>
 #include <memory>
 #include <random>
 #include <span>
@@ -16,8 +14,6 @@
 #include <vector>
 
 #include "naivebayes/NBBlockScores.h"
-#include "naivebayes/data/NBBinningEncoder.h"
-#include "naivebayes/data/NBBlockBinning.h"
 #include "naivebayes/tests/EngineFixture.h"
 #include "tests/support/RandomSeed.h"
 
@@ -270,45 +266,6 @@ TEST(NBBlockScorer, AStopAtTheBlockIsAnError) {
     NBBlockScores scores;
     EXPECT_EQ(engine->ScoreBlock(block.fBlock, nullptr, scores),
               enginetest::Error(NBCode::kInterrupted));
-}
-
-TEST(NBBlockBinning, GivesTheBinsOfTheEncoder) {
-    const std::uint32_t seed = testsupport::RandomSeed();
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    std::mt19937 random(seed);
-    constexpr double kHuge = std::numeric_limits<double>::max();
-    for (int round = 0; round < 300; ++round) {
-        // Equal cutpoints close bins; 60 cutpoints are searched.
-        std::vector<double> cutpoints;
-        const std::size_t count = round % 50 == 0 ? 60 : random() % 12;
-        for (std::size_t i = 0; i < count; ++i) {
-            cutpoints.push_back(static_cast<double>(random() % 8) - 4.0);
-        }
-        if (round % 5 == 0) cutpoints.push_back(kHuge);
-        if (round % 7 == 0) cutpoints.push_back(-kHuge);
-        if (round % 11 != 0) std::sort(cutpoints.begin(), cutpoints.end());
-        const NBBinningEncoder encoder(cutpoints);
-        const NBBlockBinning binning(&encoder);
-        std::vector<double> values = {kMissing, -kHuge, kHuge, 0.0, -0.0, std::nan("")};
-        while (values.size() < 300) {
-            values.push_back(static_cast<double>(random() % 33) * 0.5 - 8.0);
-        }
-        std::vector<NBBlockBinning::Entry> entries(values.size());
-        binning.Encode(values, entries.data());
-        for (std::size_t i = 0; i < values.size(); ++i) {
-            ASSERT_EQ(static_cast<double>(entries[i]), encoder.Encode(values[i]) + 1.0)
-                << values[i] << " in round " << round;
-            ASSERT_LT(entries[i], binning.GetEntryEnd());
-        }
-    }
-}
-
-TEST(NBBlockBinning, WithoutAnEncoderAllIsMissing) {
-    const NBBlockBinning binning(nullptr);
-    const std::vector<double> values = {1.0, 2.0};
-    std::vector<NBBlockBinning::Entry> entries(values.size(), 9);
-    binning.Encode(values, entries.data());
-    EXPECT_EQ(entries, (std::vector<NBBlockBinning::Entry>{0, 0}));
 }
 
 }  // namespace

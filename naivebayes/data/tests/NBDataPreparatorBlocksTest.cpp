@@ -1,13 +1,10 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <random>
 #include <string>
 
 #include "naivebayes/NBColumnStore.h"
-#include "naivebayes/data/NBBinningEncoder.h"
-#include "naivebayes/data/NBNumericUserMissing.h"
 #include "naivebayes/data/tests/PreparatorFixture.h"
 #include "naivebayes/tests/RandomSearchData.h"
 #include "naivebayes/tests/RecordSource.h"
@@ -142,33 +139,6 @@ TEST(NBDataPreparatorBlocks, StopBetweenBlocksWhenInterrupted) {
     EXPECT_TRUE(prepared.fPreparator.PrepareRecords(blocks, 200, true, store, count, "").IsOK());
     EXPECT_EQ(blocks.fNext, 50U);
     EXPECT_EQ(count + prepared.fPreparator.GetNumExcluded(), 50);
-}
-
-TEST(NBBinningEncoderEntries, AreTheCodesMovedUpByOne) {
-    const auto seed = testsupport::RandomSeed();
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    std::mt19937 random(seed);
-    NBNumericUserMissing missing;
-    missing.Add(3.0, "");
-    for (int trial = 0; trial < 200; ++trial) {
-        std::vector<double> cutpoints(random() % 80);
-        for (double& cutpoint : cutpoints) cutpoint = static_cast<double>(random() % 200) * 0.25;
-        std::sort(cutpoints.begin(), cutpoints.end());
-        if (trial % 2 == 0) {
-            cutpoints.erase(std::unique(cutpoints.begin(), cutpoints.end()), cutpoints.end());
-        }
-        NBBinningEncoder encoder(cutpoints);
-        if (trial % 7 == 0) encoder.SetUserMissing(&missing);
-        std::vector<double> values(random() % 700);
-        for (double& value : values) {
-            value = random() % 9 == 0 ? kMissing : static_cast<double>(random() % 420) * 0.125 - 1;
-        }
-        std::vector<std::uint8_t> entries(values.size());
-        encoder.EncodeEntries(std::span<const double>(values), 255, entries.data());
-        for (std::size_t i = 0; i < values.size(); ++i) {
-            ASSERT_EQ(entries[i], encoder.Encode(values[i]) + 1.0) << values[i];
-        }
-    }
 }
 
 }  // namespace
