@@ -2,7 +2,6 @@
 
 #include <variant>
 
-#include "featureselect/FSTruncate.h"
 #include "featureselect/IFSPredTargetAccum.h"
 
 void FSBlockPart::AddPlainly(const FSBlockCases& cases) const {
@@ -10,17 +9,16 @@ void FSBlockPart::AddPlainly(const FSBlockCases& cases) const {
     const auto add = [&](const auto& values) {
         for (std::size_t row = 0; row < cases.Rows(); ++row) {
             if (!cases.Counts(row)) continue;
-            const double value = FSBlockColumn::ValueOf(values[row]);
             const double weight = cases.fWeights[row];
-            if (value == MCMV::gMissingValue || (categorical && FSTruncate(value) == -1)) {
+            if (FSBlockColumn::IsMissing(values[row], categorical)) {
                 fpAccum->AddMissing(weight);
-            } else if (cases.fTarget == FSBlockCases::kNone) {
+                continue;
+            }
+            const double value = FSBlockColumn::ValueOf(values[row]);
+            if (cases.fTarget == FSBlockCases::kNone) {
                 fpAccum->AddValue(value, weight, true);
             } else {
-                const double target = cases.fTarget == FSBlockCases::kContinuous
-                                          ? cases.fTargets[row]
-                                          : cases.fClassKeys[cases.fClasses[row]];
-                fpAccum->AddPair(value, target, weight, true);
+                fpAccum->AddPair(value, cases.fTargets[row], weight, true);
             }
         }
     };

@@ -5,6 +5,7 @@
 #include <span>
 #include <vector>
 
+#include "featureselect/FSTruncate.h"
 #include "host/Blocks.h"
 
 class IFSPredTargetAccum;
@@ -17,7 +18,7 @@ struct FSBlockCases {
 
     Target fTarget = kNone;
     std::span<const double> fWeights;  // of a record that counts, above 0; of the others, any
-    std::span<const double> fTargets;  // of a continuous target, of the records that count
+    std::span<const double> fTargets;  // of the records that count; with a target
     /// Position of the target's category in fClassKeys; fClassKeys.size() for a record that does
     /// not count, its target missing or its weight invalid. Without categories there is one class.
     std::span<const std::uint16_t> fClasses;
@@ -47,6 +48,13 @@ inline double ValueOf(double number) { return number; }
 template <class Entry>
 double ValueOf(Entry entry) {
     return static_cast<double>(entry) - 1.0;
+}
+
+/// As FSIsMissing of that value.
+inline bool IsMissing(double number, bool categorical) { return FSIsMissing(number, categorical); }
+template <class Entry>
+bool IsMissing(Entry entry, bool categorical) {
+    return categorical && entry == 0;
 }
 
 /// The rows from first on, count of them.

@@ -15,7 +15,7 @@ void FSCatAccum::AddValue(double value, double weight, bool track) {
     TrackConstant(category);
     if (track) fPredCounts.Add(category, weight);
     fProcessed += weight;
-    ++fUnweightedValid;
+    FSCountOne(fUnweightedValid);
 }
 
 void FSCatAccum::AddBlock(std::span<const FSBlockPart> parts, const FSBlockCases& cases) {

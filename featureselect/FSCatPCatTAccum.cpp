@@ -20,7 +20,7 @@ void FSCatPCatTAccum::AddPair(double predictor, double target, double weight, bo
     fTargetCounts.Add(pair.fTarget, weight);
     fPairCounts.Add(pair, weight);
     fProcessed += weight;
-    ++fUnweightedValid;
+    FSCountOne(fUnweightedValid);
 }
 
 void FSCatPCatTAccum::AddValue(double, double, bool) {}

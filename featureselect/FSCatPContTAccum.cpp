@@ -15,7 +15,7 @@ void FSCatPContTAccum::AddPair(double predictor, double target, double weight, b
     fTargetStats.Add(category, target, weight);
     fTargetMean += FSMeanStep(ValidWeight(), weight).Shift(target, fTargetMean);
     fProcessed += weight;
-    ++fUnweightedValid;
+    FSCountOne(fUnweightedValid);
 }
 
 void FSCatPContTAccum::AddValue(double, double, bool) {}
@@ -95,7 +95,7 @@ void FSCatPContTAccum::AddToMean(std::span<const Entry> entries, const FSBlockCa
         } else {
             fTargetMean +=
                 FSMeanStep(ValidWeight(), weight).Shift(cases.fTargets[row], fTargetMean);
-            ++fUnweightedValid;
+            FSCountOne(fUnweightedValid);
         }
         fProcessed += weight;
     }

@@ -22,7 +22,7 @@ void FSCategoricalAccum::TrackConstant(std::int32_t category) {
 void FSCategoricalAccum::CountUnits(std::int32_t valid, std::int32_t missing) {
     fProcessed += valid + missing;
     fMissing += missing;
-    fUnweightedValid += valid;
+    FSCountMore(fUnweightedValid, valid);
 }
 
 bool FSCategoricalAccum::CountsExactly(const FSBlockCases& cases) const {

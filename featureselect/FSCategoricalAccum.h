@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "featureselect/FSBlockCases.h"
+#include "featureselect/FSCount.h"
 #include "featureselect/FSMapICnt.h"
 #include "featureselect/IFSPredTargetAccum.h"
 
@@ -86,7 +87,7 @@ void FSCategoricalAccum::CountRecords(std::span<const Entry> entries, const FSBl
         if (entries[row] == 0) {
             fMissing += cases.fWeights[row];
         } else {
-            ++fUnweightedValid;
+            FSCountOne(fUnweightedValid);
         }
     }
 }

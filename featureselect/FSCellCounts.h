@@ -16,6 +16,9 @@ template <class Entry>
 std::vector<std::uint32_t> Count(std::span<const Entry> entries, std::uint32_t entryEnd,
                                  const FSBlockCases& cases);
 
+/// Records per class.
+std::vector<std::uint32_t> CountClasses(const FSBlockCases& cases);
+
 }  // namespace FSCellCounts
 
 #endif  // PREDSEL_FEATURESELECT_FSCELLCOUNTS_H

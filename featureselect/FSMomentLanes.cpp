@@ -1,16 +1,17 @@
 #include "featureselect/FSMomentLanes.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "host/Records.h"
 
-#if defined(__GNUC__) && defined(__x86_64__)
+#if defined(__x86_64__)
 #define FS_X86_FORMS 1
-#define FS_INLINE inline __attribute__((always_inline))
 #else
 #define FS_X86_FORMS 0
-#define FS_INLINE inline
 #endif
+// Into a form, whose instructions it then has.
+#define FS_INLINE inline __attribute__((always_inline))
 
 namespace FSMomentLanes {
 namespace {
@@ -31,182 +32,295 @@ struct Tile {
     }
 };
 
-/// The weight before the next value, lane by lane. Of unit weights it is a count; else the
-/// difference of two sums, which are rounded on their own.
-template <bool kUnit>
-struct Before {
-    Weights& fWeights;
-    Numbers fValid;
-    const Numbers fValidAtStart;
+// As many numbers as a register holds.
+using Two = double __attribute__((vector_size(16)));
+using Four = double __attribute__((vector_size(32)));
+using Eight = double __attribute__((vector_size(64)));
 
-    FS_INLINE explicit Before(Weights& weights)
-        : fWeights(weights), fValid(Difference(weights)), fValidAtStart(fValid) {}
+// Numbers of some neighbouring lanes. Never an argument or a result by value: how these are passed
+// is not the same for all processors.
+template <class Register>
+struct Registers {
+    using Vector = Register;
+    static constexpr std::size_t kWidth = sizeof(Register) / sizeof(double);
+    static constexpr std::size_t kParts = kLanes / kWidth;  // that hold all lanes
 
-    FS_INLINE static Numbers Difference(const Weights& weights) {
-        Numbers valid;
-        for (std::size_t lane = 0; lane < kLanes; ++lane) {
-            valid[lane] = weights.fProcessed[lane] - weights.fMissing[lane];
-        }
-        return valid;
+    FS_INLINE static void Get(const Numbers& numbers, std::size_t part, Vector& vector) {
+        std::memcpy(&vector, &numbers.fValues[part * kWidth], sizeof vector);
     }
-
-    FS_INLINE double At(std::size_t lane) const {
-        if constexpr (kUnit) return fValid[lane];
-        return fWeights.fProcessed[lane] - fWeights.fMissing[lane];
-    }
-
-    FS_INLINE void Count(std::size_t lane, bool valid, double weight) {
-        if constexpr (kUnit) {
-            fValid[lane] += valid ? 1.0 : 0.0;
-        } else {
-            const double missing = fWeights.fMissing[lane];
-            fWeights.fProcessed[lane] += weight;
-            fWeights.fMissing[lane] = valid ? missing : missing + weight;
-        }
-    }
-
-    FS_INLINE void Finish(const FSBlockCases& cases) {
-        if constexpr (kUnit) {
-            for (std::size_t lane = 0; lane < kLanes; ++lane) {
-                fWeights.fProcessed[lane] += cases.fCounted;
-                fWeights.fMissing[lane] += cases.fCounted - (fValid[lane] - fValidAtStart[lane]);
-            }
-        }
+    FS_INLINE static void Put(const Vector& vector, std::size_t part, Numbers& numbers) {
+        std::memcpy(&numbers.fValues[part * kWidth], &vector, sizeof vector);
     }
 };
 
-// As FSMeanStep, whose scale of a unit weight is the new weight itself.
-template <bool kUnit>
-FS_INLINE double Scale(double after, double weight) {
-    if constexpr (kUnit) return after;
-    return after / weight;
-}
+// The operations of FSMeanStep in some lanes. The scale of a unit weight is the new weight.
+template <class Vector, bool kUnit>
+struct MeanStep {
+    FS_INLINE MeanStep(const Vector& before, double weight)
+        : fBefore(before), fAfter(before + weight), fShare(weight / fAfter) {
+        if constexpr (kUnit) {
+            fScale = fAfter;
+        } else {
+            fScale = fAfter / weight;
+        }
+    }
 
-// Calls step(row in the tile, row of the block, weight) for every record that counts.
-template <bool kUnit, class Step>
-FS_INLINE void ForRows(const Columns& columns, const FSBlockCases& cases, Step step) {
+    FS_INLINE void Shift(const Vector& values, const Vector& mean, Vector& shift) const {
+        shift = (values - mean) * fShare;
+    }
+    FS_INLINE void AddMoment(const Vector& shift, const Vector& other, Vector& moment) const {
+        moment += fScale * shift * fBefore * other;
+    }
+
+    Vector fBefore;
+    Vector fAfter;
+    Vector fShare;
+    Vector fScale;
+};
+
+/// The weights of some lanes while they change. The valid one is a count of unit weights; else the
+/// difference of two sums, which are rounded on their own.
+template <class Form, bool kUnit>
+struct RunningWeights {
+    using Vector = typename Form::Vector;
+
+    FS_INLINE void Load(const Weights& weights, std::size_t part) {
+        Form::Get(weights.fProcessed, part, fProcessed);
+        Form::Get(weights.fMissing, part, fMissing);
+        fValid = fProcessed - fMissing;
+    }
+
+    template <class Mask>
+    FS_INLINE void Count(const Mask& valid, double weight) {
+        if constexpr (kUnit) {
+            fValid = valid ? fValid + weight : fValid;
+        } else {
+            fProcessed += weight;
+            fMissing = valid ? fMissing : fMissing + weight;
+            fValid = fProcessed - fMissing;
+        }
+    }
+
+    FS_INLINE void Store(const FSBlockCases& cases, std::size_t part, Weights& weights) {
+        if constexpr (kUnit) {
+            const double counted = cases.fCounted;
+            const Vector before = fProcessed - fMissing;
+            fProcessed += counted;
+            fMissing += counted - (fValid - before);
+        }
+        Form::Put(fProcessed, part, weights.fProcessed);
+        Form::Put(fMissing, part, weights.fMissing);
+    }
+
+    Vector fProcessed;
+    Vector fMissing;
+    Vector fValid;
+};
+
+/// A predictor on its own, some lanes of it.
+template <class Form, bool kUnit>
+struct RunningSingle {
+    using Vector = typename Form::Vector;
+
+    FS_INLINE void Load(const Single& lanes, std::size_t part) {
+        fWeights.Load(lanes.fWeights, part);
+        Form::Get(lanes.fMean, part, fMean);
+        Form::Get(lanes.fMoment, part, fMoment);
+    }
+    FS_INLINE void Add(const Vector& values, const FSBlockCases&, std::size_t, double weight) {
+        const auto valid = values != MCMV::gMissingValue;
+        const MeanStep<Vector, kUnit> step(fWeights.fValid, weight);
+        Vector shift;
+        step.Shift(values, fMean, shift);
+        Vector moment = fMoment;
+        step.AddMoment(shift, shift, moment);
+        fMean = valid ? fMean + shift : fMean;
+        fMoment = valid ? moment : fMoment;
+        fWeights.Count(valid, weight);
+    }
+    FS_INLINE void Store(const FSBlockCases& cases, std::size_t part, Single& lanes) {
+        fWeights.Store(cases, part, lanes.fWeights);
+        Form::Put(fMean, part, lanes.fMean);
+        Form::Put(fMoment, part, lanes.fMoment);
+    }
+
+    RunningWeights<Form, kUnit> fWeights;
+    Vector fMean;
+    Vector fMoment;
+};
+
+/// A predictor and a continuous target.
+template <class Form, bool kUnit>
+struct RunningPair {
+    using Vector = typename Form::Vector;
+
+    FS_INLINE void Load(const Pair& lanes, std::size_t part) {
+        fWeights.Load(lanes.fWeights, part);
+        Form::Get(lanes.fPredMean, part, fPredMean);
+        Form::Get(lanes.fPredMoment, part, fPredMoment);
+        Form::Get(lanes.fTargetMean, part, fTargetMean);
+        Form::Get(lanes.fTargetMoment, part, fTargetMoment);
+        Form::Get(lanes.fCross, part, fCross);
+    }
+    FS_INLINE void Add(const Vector& values, const FSBlockCases& cases, std::size_t row,
+                       double weight) {
+        const auto valid = values != MCMV::gMissingValue;
+        const MeanStep<Vector, kUnit> step(fWeights.fValid, weight);
+        Vector predShift;
+        step.Shift(values, fPredMean, predShift);
+        const Vector target = cases.fTargets[row] - Vector{};  // in each of the lanes, sign and all
+        Vector targetShift;
+        step.Shift(target, fTargetMean, targetShift);
+        Vector predMoment = fPredMoment;
+        step.AddMoment(predShift, predShift, predMoment);
+        Vector targetMoment = fTargetMoment;
+        step.AddMoment(targetShift, targetShift, targetMoment);
+        Vector cross = fCross;
+        step.AddMoment(predShift, targetShift, cross);
+        fPredMean = valid ? fPredMean + predShift : fPredMean;
+        fPredMoment = valid ? predMoment : fPredMoment;
+        fTargetMean = valid ? fTargetMean + targetShift : fTargetMean;
+        fTargetMoment = valid ? targetMoment : fTargetMoment;
+        fCross = valid ? cross : fCross;
+        fWeights.Count(valid, weight);
+    }
+    FS_INLINE void Store(const FSBlockCases& cases, std::size_t part, Pair& lanes) {
+        fWeights.Store(cases, part, lanes.fWeights);
+        Form::Put(fPredMean, part, lanes.fPredMean);
+        Form::Put(fPredMoment, part, lanes.fPredMoment);
+        Form::Put(fTargetMean, part, lanes.fTargetMean);
+        Form::Put(fTargetMoment, part, lanes.fTargetMoment);
+        Form::Put(fCross, part, lanes.fCross);
+    }
+
+    RunningWeights<Form, kUnit> fWeights;
+    Vector fPredMean;
+    Vector fPredMoment;
+    Vector fTargetMean;
+    Vector fTargetMoment;
+    Vector fCross;
+};
+
+/// A predictor by the classes of a target, which stay where they are.
+template <class Form, bool kUnit>
+struct RunningByClass {
+    using Vector = typename Form::Vector;
+
+    FS_INLINE void Load(ByClass& lanes, std::size_t part) {
+        fWeights.Load(lanes.fWeights, part);
+        Form::Get(lanes.fMean, part, fMean);
+        fpClasses = lanes.fvClasses.data();
+        fPart = part;
+    }
+    FS_INLINE void Add(const Vector& values, const FSBlockCases& cases, std::size_t row,
+                       double weight) {
+        const auto valid = values != MCMV::gMissingValue;
+        const MeanStep<Vector, kUnit> step(fWeights.fValid, weight);
+        Vector shift;
+        step.Shift(values, fMean, shift);
+        fMean = valid ? fMean + shift : fMean;
+        fWeights.Count(valid, weight);
+
+        ByClass::Class& one = fpClasses[cases.fClasses[row]];
+        Vector before;
+        Vector mean;
+        Vector moment;
+        Form::Get(one.fWeight, fPart, before);
+        Form::Get(one.fMean, fPart, mean);
+        Form::Get(one.fMoment, fPart, moment);
+        const MeanStep<Vector, kUnit> classStep(before, weight);
+        classStep.Shift(values, mean, shift);
+        Vector newMoment = moment;
+        classStep.AddMoment(shift, shift, newMoment);
+        const auto isFirst = before <= 0.0;
+        const Vector newMean = isFirst ? values : mean + shift;
+        newMoment = isFirst ? Vector{} : newMoment;
+        mean = valid ? newMean : mean;
+        moment = valid ? newMoment : moment;
+        before = valid ? classStep.fAfter : before;
+        Form::Put(mean, fPart, one.fMean);
+        Form::Put(moment, fPart, one.fMoment);
+        Form::Put(before, fPart, one.fWeight);
+    }
+    FS_INLINE void Store(const FSBlockCases& cases, std::size_t part, ByClass& lanes) {
+        fWeights.Store(cases, part, lanes.fWeights);
+        Form::Put(fMean, part, lanes.fMean);
+    }
+
+    RunningWeights<Form, kUnit> fWeights;
+    Vector fMean;
+    ByClass::Class* fpClasses;  // borrowed from the lanes
+    std::size_t fPart;
+};
+
+// The lanes of a number of registers at once, so that one chain of operations runs while the other
+// waits.
+template <class Form, bool kUnit, std::size_t kAtOnce, class Running, class Lanes>
+FS_INLINE void AddParts(std::size_t part, Lanes& lanes, const Columns& columns,
+                        const FSBlockCases& cases) {
+    Running running[kAtOnce];
+#pragma GCC unroll 8
+    for (std::size_t i = 0; i < kAtOnce; ++i) running[i].Load(lanes, part + i);
     const std::size_t rows = cases.Rows();
     Tile tile;
     for (std::size_t first = 0; first < rows; first += kTileRows) {
         tile.Load(columns, first, rows);
         for (std::size_t at = 0; at < tile.fCount; ++at) {
-            if (!cases.Counts(first + at)) continue;
-            step(tile.fRows[at], first + at, kUnit ? 1.0 : cases.fWeights[first + at]);
+            const std::size_t row = first + at;
+            if (!cases.Counts(row)) continue;
+            const double weight = kUnit ? 1.0 : cases.fWeights[row];
+#pragma GCC unroll 8
+            for (std::size_t i = 0; i < kAtOnce; ++i) {
+                typename Form::Vector values;
+                Form::Get(tile.fRows[at], part + i, values);
+                running[i].Add(values, cases, row, weight);
+            }
         }
     }
+#pragma GCC unroll 8
+    for (std::size_t i = 0; i < kAtOnce; ++i) running[i].Store(cases, part + i, lanes);
 }
 
-template <bool kUnit>
+template <class Form, bool kUnit>
 FS_INLINE void AddLanes(Single& lanes, const Columns& columns, const FSBlockCases& cases) {
-    Before<kUnit> weights(lanes.fWeights);
-    Numbers mean = lanes.fMean;
-    Numbers moment = lanes.fMoment;
-    ForRows<kUnit>(columns, cases, [&](const Numbers& values, std::size_t, double weight) {
-        for (std::size_t lane = 0; lane < kLanes; ++lane) {
-            const bool valid = values[lane] != MCMV::gMissingValue;
-            const double before = weights.At(lane);
-            const double after = before + weight;
-            const double shift = (values[lane] - mean[lane]) * (weight / after);
-            const double grown = Scale<kUnit>(after, weight) * shift * before * shift;
-            const double newMean = mean[lane] + shift;
-            const double newMoment = moment[lane] + grown;
-            mean[lane] = valid ? newMean : mean[lane];
-            moment[lane] = valid ? newMoment : moment[lane];
-            weights.Count(lane, valid, weight);
-        }
-    });
-    weights.Finish(cases);
-    lanes.fMean = mean;
-    lanes.fMoment = moment;
+    AddParts<Form, kUnit, Form::kParts, RunningSingle<Form, kUnit>>(0, lanes, columns, cases);
 }
 
-template <bool kUnit>
+template <class Form, bool kUnit>
 FS_INLINE void AddLanes(Pair& lanes, const Columns& columns, const FSBlockCases& cases) {
-    Before<kUnit> weights(lanes.fWeights);
-    ForRows<kUnit>(columns, cases, [&](const Numbers& values, std::size_t row, double weight) {
-        const double target = cases.fTargets[row];
-        for (std::size_t lane = 0; lane < kLanes; ++lane) {
-            const bool valid = values[lane] != MCMV::gMissingValue;
-            const double before = weights.At(lane);
-            const double after = before + weight;
-            const double share = weight / after;
-            const double scale = Scale<kUnit>(after, weight);
-            const double predShift = (values[lane] - lanes.fPredMean[lane]) * share;
-            const double targetShift = (target - lanes.fTargetMean[lane]) * share;
-            const double newPredMean = lanes.fPredMean[lane] + predShift;
-            const double newPredMoment =
-                lanes.fPredMoment[lane] + scale * predShift * before * predShift;
-            const double newTargetMean = lanes.fTargetMean[lane] + targetShift;
-            const double newTargetMoment =
-                lanes.fTargetMoment[lane] + scale * targetShift * before * targetShift;
-            const double newCross = lanes.fCross[lane] + scale * predShift * before * targetShift;
-            lanes.fPredMean[lane] = valid ? newPredMean : lanes.fPredMean[lane];
-            lanes.fPredMoment[lane] = valid ? newPredMoment : lanes.fPredMoment[lane];
-            lanes.fTargetMean[lane] = valid ? newTargetMean : lanes.fTargetMean[lane];
-            lanes.fTargetMoment[lane] = valid ? newTargetMoment : lanes.fTargetMoment[lane];
-            lanes.fCross[lane] = valid ? newCross : lanes.fCross[lane];
-            weights.Count(lane, valid, weight);
-        }
-    });
-    weights.Finish(cases);
+    AddParts<Form, kUnit, Form::kParts, RunningPair<Form, kUnit>>(0, lanes, columns, cases);
 }
 
-template <bool kUnit>
+template <class Form, bool kUnit>
 FS_INLINE void AddLanes(ByClass& lanes, const Columns& columns, const FSBlockCases& cases) {
-    Before<kUnit> weights(lanes.fWeights);
-    Numbers mean = lanes.fMean;
-    ByClass::Class* classes = lanes.fvClasses.data();
-    ForRows<kUnit>(columns, cases, [&](const Numbers& values, std::size_t row, double weight) {
-        ByClass::Class& one = classes[cases.fClasses[row]];
-        for (std::size_t lane = 0; lane < kLanes; ++lane) {
-            const double value = values[lane];
-            const bool valid = value != MCMV::gMissingValue;
-            const double share = weight / (weights.At(lane) + weight);
-            const double newMean = mean[lane] + (value - mean[lane]) * share;
-            mean[lane] = valid ? newMean : mean[lane];
-            weights.Count(lane, valid, weight);
-
-            const double before = one.fWeight[lane];
-            const double after = before + weight;
-            const double shift = (value - one.fMean[lane]) * (weight / after);
-            const double grown = Scale<kUnit>(after, weight) * shift * before * shift;
-            const bool first = !(before > 0.0);
-            const double newClassMean = first ? value : one.fMean[lane] + shift;
-            const double newMoment = first ? 0.0 : one.fMoment[lane] + grown;
-            one.fMean[lane] = valid ? newClassMean : one.fMean[lane];
-            one.fMoment[lane] = valid ? newMoment : one.fMoment[lane];
-            one.fWeight[lane] = valid ? after : before;
-        }
-    });
-    weights.Finish(cases);
-    lanes.fMean = mean;
+    AddParts<Form, kUnit, Form::kParts, RunningByClass<Form, kUnit>>(0, lanes, columns, cases);
 }
 
-template <class Lanes>
+template <class Form, class Lanes>
 FS_INLINE void AddForm(Lanes& lanes, const Columns& columns, const FSBlockCases& cases) {
     if (cases.fbUnit) {
-        AddLanes<true>(lanes, columns, cases);
+        AddLanes<Form, true>(lanes, columns, cases);
     } else {
-        AddLanes<false>(lanes, columns, cases);
+        AddLanes<Form, false>(lanes, columns, cases);
     }
 }
 
 template <class Lanes>
 void AddPortable(Lanes& lanes, const Columns& columns, const FSBlockCases& cases) {
-    AddForm(lanes, columns, cases);
+    AddForm<Registers<Two>>(lanes, columns, cases);
 }
 
 #if FS_X86_FORMS
 template <class Lanes>
 __attribute__((target("avx2"))) void AddAvx2(Lanes& lanes, const Columns& columns,
                                              const FSBlockCases& cases) {
-    AddForm(lanes, columns, cases);
+    AddForm<Registers<Four>>(lanes, columns, cases);
 }
 
 template <class Lanes>
 __attribute__((target("avx512f,avx512dq,avx512vl,avx512bw,prefer-vector-width=512"))) void
 AddAvx512(Lanes& lanes, const Columns& columns, const FSBlockCases& cases) {
-    AddForm(lanes, columns, cases);
+    AddForm<Registers<Eight>>(lanes, columns, cases);
 }
 #endif
 

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <iosfwd>
 #include <memory>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -194,14 +195,18 @@ class FSPredictorSet {
     void ReadBlocks(MCCommon::RecordBlockSource& source, std::int32_t maxRecords, bool withTarget);
     void ReadBlockRecords(const MCCommon::RecordBlock& block, bool withTarget,
                           BlockRecords& records) const;
+    void ReadBlockWeights(const MCCommon::RecordBlock& block, BlockRecords& records) const;
     void AddBlockRows(const MCCommon::RecordBlock& block, const std::vector<std::int32_t>& columns,
                       const std::vector<std::int32_t>& kinds, const BlockRecords& records,
-                      std::size_t first, std::size_t end, bool withTarget,
+                      std::size_t first, const FSBlockCases& cases,
                       MCCommon::BlockExecutor* executor);
     static void FeedParts(const std::vector<BlockParts>& all, const FSBlockCases& cases,
                           MCCommon::BlockExecutor* executor);
     void CountBlockRows(const std::vector<BlockParts>& all, const BlockRecords& records,
-                        std::size_t first, const FSBlockCases& cases, bool withTarget);
+                        std::size_t first, const FSBlockCases& cases);
+    void AddWeightsInTurn(const BlockRecords& records, std::size_t first,
+                          std::span<const std::uint32_t> empty, const FSBlockCases& cases,
+                          std::vector<FSMapIPCntEntry>& classes);
     void CountValid(double target, double weight);
     void CountExcluded(double weight);
     FSStatus PassResult(std::int16_t severity) const;

@@ -10,6 +10,8 @@
 
 #include "featureselect/FSAccumKind.h"
 #include "featureselect/FSBlockCases.h"
+#include "featureselect/FSCellCounts.h"
+#include "featureselect/FSCount.h"
 #include "featureselect/FSMomentLanes.h"
 #include "featureselect/FSPredictorSet.h"
 #include "featureselect/FSRunningStep.h"
@@ -28,36 +30,43 @@ constexpr std::int32_t kFewestRows = 4096;
 constexpr std::int32_t kMostCells = 1 << 26;
 // Below, the tables cost more than they save.
 constexpr std::size_t kTableRows = 64;
+// Below, threads cost more than they save.
+constexpr std::size_t kCellsSideBySide = 1 << 16;
 
 // The predictors that one task takes.
 constexpr std::size_t kGroup = FSMomentLanes::kLanes;
-
-/// Calls visit(row, value) with the values of a column as records hold them.
-template <class Visit>
-void ForValues(const BlockColumn& column, Visit visit) {
-    const auto all = [&](const auto& values) {
-        for (std::size_t row = 0; row < values.size(); ++row) {
-            visit(row, FSBlockColumn::ValueOf(values[row]));
-        }
-    };
-    std::visit(all, column.fValues);
-}
 
 const BlockColumn* ColumnAt(const MCCommon::RecordBlock& block, std::int32_t column) {
     const auto at = static_cast<std::size_t>(column);
     return column >= 0 && at < block.fvColumns.size() ? &block.fvColumns[at] : nullptr;
 }
 
-/// Takes the rows out of the list in which a column has a valid value.
-void DropValid(const FSBlockPart& part, std::vector<std::uint32_t>& rows) {
-    const bool categorical = part.fpAccum->IsCategorical();
-    const auto drop = [&](const auto& values) {
-        std::erase_if(rows, [&](std::uint32_t row) {
-            const double value = FSBlockColumn::ValueOf(values[row]);
-            return !(value == MCMV::gMissingValue || (categorical && FSTruncate(value) == -1));
-        });
+/// The rows that count and have no valid value of any predictor, ascending.
+std::vector<std::uint32_t> RowsWithoutData(std::span<const FSBlockPart> parts,
+                                           const FSBlockCases& cases) {
+    std::vector<std::uint32_t> rows(cases.Rows());
+    std::size_t kept = 0;
+    const auto keep = [&](std::uint32_t row, bool isIn) {
+        rows[kept] = row;
+        kept += isIn ? 1 : 0;
     };
-    std::visit(drop, part.fColumn.fValues);
+    const auto count = static_cast<std::uint32_t>(rows.size());
+    for (std::uint32_t row = 0; row < count; ++row) keep(row, cases.Counts(row));
+    for (const FSBlockPart& part : parts) {
+        const std::size_t left = kept;
+        if (left == 0) break;
+        kept = 0;
+        const bool categorical = part.fpAccum->IsCategorical();
+        const auto drop = [&](const auto& values) {
+            for (std::size_t at = 0; at < left; ++at) {
+                const std::uint32_t row = rows[at];
+                keep(row, FSBlockColumn::IsMissing(values[row], categorical));
+            }
+        };
+        std::visit(drop, part.fColumn.fValues);
+    }
+    rows.resize(kept);
+    return rows;
 }
 
 }  // namespace
@@ -68,23 +77,48 @@ struct FSPredictorSet::BlockRecords {
 
     std::vector<Use> fvUse;
     std::vector<double> fvWeights;  // of dropped ones, any
-    std::vector<double> fvTargets;  // of a continuous target
+    std::vector<double> fvTargets;  // with a target
     std::vector<std::uint16_t> fvClasses;
     std::vector<std::int32_t> fvClassKeys;
-    bool fbUnit = true;
+    bool fbUnit = true;  // the weights are 1.0, but for those of dropped records
+
+    std::int32_t Count(Use use, std::size_t first, std::size_t end) const {
+        const auto at = [&](std::size_t row) {
+            return fvUse.begin() + static_cast<std::ptrdiff_t>(row);
+        };
+        return static_cast<std::int32_t>(std::count(at(first), at(end), use));
+    }
+    /// Records [first, end) that have a weight.
+    std::int32_t CountUsed(std::size_t first, std::size_t end) const {
+        return static_cast<std::int32_t>(end - first) - Count(kDropped, first, end);
+    }
+    /// The end of the records from first on with so many counted ones, the last of them included.
+    std::size_t EndOf(std::size_t first, std::int64_t counted) const {
+        if (counted >= std::ssize(fvUse) - static_cast<std::int64_t>(first)) return fvUse.size();
+        std::size_t end = first;
+        for (; end < fvUse.size() && counted > 0; ++end) counted -= fvUse[end] == kCounted ? 1 : 0;
+        return end;
+    }
 
     /// The records [first, end) as the accumulators see them.
-    FSBlockCases Cases(std::size_t first, std::size_t end) const {
+    FSBlockCases Cases(std::size_t first, std::size_t end, FSBlockCases::Target target) const {
         FSBlockCases cases;
+        cases.fTarget = target;
         cases.fWeights = std::span(fvWeights).subspan(first, end - first);
         if (!fvTargets.empty()) cases.fTargets = std::span(fvTargets).subspan(first, end - first);
         cases.fClasses = std::span(fvClasses).subspan(first, end - first);
         cases.fClassKeys = fvClassKeys;
-        cases.fCounted = static_cast<std::int32_t>(
-            std::count(fvUse.begin() + static_cast<std::ptrdiff_t>(first),
-                       fvUse.begin() + static_cast<std::ptrdiff_t>(end), kCounted));
+        cases.fCounted = Count(kCounted, first, end);
         cases.fbUnit = fbUnit;
         return cases;
+    }
+
+    /// One class of all counted records.
+    void SetOneClass() {
+        fvClassKeys.assign(1, 0);
+        fvClasses.resize(fvUse.size());
+        std::transform(fvUse.begin(), fvUse.end(), fvClasses.begin(),
+                       [](Use use) { return static_cast<std::uint16_t>(use == kCounted ? 0 : 1); });
     }
 
     /// Positions of the categories that the counted records have among these, and the position
@@ -98,7 +132,9 @@ struct FSPredictorSet::BlockRecords {
             lowest = std::min<std::int64_t>(lowest, categories[row]);
             highest = std::max<std::int64_t>(highest, categories[row]);
         }
-        if (lowest > highest || highest - lowest < kMostRows) {
+        if (lowest > highest) {
+            fvClasses.assign(fvUse.size(), 0);
+        } else if (highest - lowest < kMostRows) {
             MapByTable(categories, lowest, highest);
         } else {
             MapBySearch(categories);
@@ -108,24 +144,23 @@ struct FSPredictorSet::BlockRecords {
  private:
     void MapByTable(const std::vector<std::int32_t>& categories, std::int64_t lowest,
                     std::int64_t highest) {
-        std::vector<std::uint16_t> positions;
-        if (lowest <= highest) positions.resize(static_cast<std::size_t>(highest - lowest + 1));
+        // By category, and a last one for the records that do not count.
+        const auto last = static_cast<std::size_t>(highest - lowest + 1);
         const auto at = [&](std::size_t row) {
-            return static_cast<std::size_t>(categories[row] - lowest);
+            return fvUse[row] == kCounted ? static_cast<std::size_t>(categories[row] - lowest)
+                                          : last;
         };
-        for (std::size_t row = 0; row < fvUse.size(); ++row) {
-            if (fvUse[row] == kCounted) positions[at(row)] = 1;
-        }
-        for (std::size_t category = 0; category < positions.size(); ++category) {
+        std::vector<std::uint16_t> positions(last + 1);
+        for (std::size_t row = 0; row < fvUse.size(); ++row) positions[at(row)] = 1;
+        for (std::size_t category = 0; category < last; ++category) {
             if (positions[category] == 0) continue;
             positions[category] = static_cast<std::uint16_t>(fvClassKeys.size());
             fvClassKeys.push_back(
                 static_cast<std::int32_t>(lowest + static_cast<std::int64_t>(category)));
         }
-        fvClasses.assign(fvUse.size(), static_cast<std::uint16_t>(fvClassKeys.size()));
-        for (std::size_t row = 0; row < fvUse.size(); ++row) {
-            if (fvUse[row] == kCounted) fvClasses[row] = positions[at(row)];
-        }
+        positions[last] = static_cast<std::uint16_t>(fvClassKeys.size());
+        fvClasses.resize(fvUse.size());
+        for (std::size_t row = 0; row < fvUse.size(); ++row) fvClasses[row] = positions[at(row)];
     }
 
     void MapBySearch(const std::vector<std::int32_t>& categories) {
@@ -159,6 +194,10 @@ void FSPredictorSet::ReadBlocks(MCCommon::RecordBlockSource& source, std::int32_
     for (const auto& accum : fvpAccum) kinds.push_back(FSAccumKind::Of(accum.get()));
     const std::int32_t atOnce =
         std::clamp(kMostCells / std::max(fNumPredictors, 1), kFewestRows, kMostRows);
+    const FSBlockCases::Target target = !withTarget ? FSBlockCases::kNone
+                                        : fpSettings->IsTargetCategorical()
+                                            ? FSBlockCases::kCategorical
+                                            : FSBlockCases::kContinuous;
     std::int32_t used = 0;
     BlockRecords records;
     while (used < maxRecords && !fpCancel->IsCancelled()) {
@@ -169,15 +208,11 @@ void FSPredictorSet::ReadBlocks(MCCommon::RecordBlockSource& source, std::int32_
         const std::size_t rows = records.fvUse.size();
         // A report comes right after its record, as its listener may cancel.
         for (std::size_t first = 0; first < rows && !fpCancel->IsCancelled();) {
-            std::int64_t reportable = 0;
-            std::size_t end = first;
-            for (; end < rows && reportable < step.UntilReport(); ++end) {
-                if (records.fvUse[end] != BlockRecords::kDropped) ++used;
-                if (records.fvUse[end] == BlockRecords::kCounted) ++reportable;
-            }
-            AddBlockRows(*block, columns, kinds, records, first, end, withTarget,
-                         source.GetExecutor());
-            step.DoneTogether(reportable, used, -1);
+            const std::size_t end = records.EndOf(first, step.UntilReport());
+            const FSBlockCases cases = records.Cases(first, end, target);
+            AddBlockRows(*block, columns, kinds, records, first, cases, source.GetExecutor());
+            used += records.CountUsed(first, end);
+            step.DoneTogether(cases.fCounted, used, -1);
             first = end;
         }
     }
@@ -189,60 +224,64 @@ void FSPredictorSet::ReadBlockRecords(const MCCommon::RecordBlock& block, bool w
                                       BlockRecords& records) const {
     const auto rows = static_cast<std::size_t>(block.fRows);
     records.fvUse.assign(rows, BlockRecords::kCounted);
-    records.fvWeights.assign(rows, 1.0);
-    records.fbUnit = true;
-    if (fpSettings->GetWeightPosition() >= 0) {
-        if (const BlockColumn* column = ColumnAt(block, fpSettings->GetWeightPosition())) {
-            ForValues(*column, [&](std::size_t row, double weight) {
-                if (!ConvertWeight(weight)) records.fvUse[row] = BlockRecords::kDropped;
-                records.fvWeights[row] = weight;
-            });
-        } else {
-            std::fill(records.fvUse.begin(), records.fvUse.end(), BlockRecords::kDropped);
-        }
-    }
+    records.fvWeights.resize(rows, 1.0);
+    if (fpSettings->GetWeightPosition() >= 0) ReadBlockWeights(block, records);
+    if (!withTarget) return records.SetOneClass();
 
-    const bool categorical = withTarget && fpSettings->IsTargetCategorical();
-    records.fvTargets.clear();
-    std::vector<std::int32_t> categories(rows, 0);
-    if (withTarget) {
-        if (!categorical) records.fvTargets.assign(rows, MCMV::gMissingValue);
-        const auto take = [&](std::size_t row, double target) {
-            if (IsTargetMissing(target) && records.fvUse[row] == BlockRecords::kCounted) {
-                records.fvUse[row] = BlockRecords::kNoTarget;
-            }
-            if (categorical) {
-                categories[row] = FSTruncate(target);
-            } else {
-                records.fvTargets[row] = target;
-            }
-        };
-        if (const BlockColumn* column = ColumnAt(block, fpSettings->GetTargetPosition())) {
-            ForValues(*column, take);
-        } else {
-            for (std::size_t row = 0; row < rows; ++row) take(row, MCMV::gMissingValue);
-        }
+    records.fvTargets.assign(rows, MCMV::gMissingValue);
+    const BlockColumn* column = ColumnAt(block, fpSettings->GetTargetPosition());
+    if (column == nullptr) {
+        std::replace(records.fvUse.begin(), records.fvUse.end(), BlockRecords::kCounted,
+                     BlockRecords::kNoTarget);
+        return records.SetOneClass();
     }
+    const bool categorical = fpSettings->IsTargetCategorical();
+    const auto take = [&](const auto& values) {
+        for (std::size_t row = 0; row < rows; ++row) {
+            records.fvTargets[row] = FSBlockColumn::ValueOf(values[row]);
+            const BlockRecords::Use use = records.fvUse[row];
+            records.fvUse[row] = FSBlockColumn::IsMissing(values[row], categorical)
+                                     ? std::min(use, BlockRecords::kNoTarget)
+                                     : use;
+        }
+    };
+    std::visit(take, column->fValues);
+    // A table of the target's categories stays one, whatever the target has become.
+    if (!categorical && fpTargetAccum == nullptr) return records.SetOneClass();
+    std::vector<std::int32_t> categories(rows);
+    std::transform(records.fvTargets.begin(), records.fvTargets.end(), categories.begin(),
+                   [](double target) { return FSTruncate(target); });
     records.SetClasses(categories);
-    for (std::size_t row = 0; row < rows; ++row) {
-        if (records.fvUse[row] == BlockRecords::kCounted && records.fvWeights[row] != 1.0) {
-            records.fbUnit = false;
-            break;
-        }
-    }
 }
 
-// Feeds the records [first, end) of a block to the accumulators and counts them.
+void FSPredictorSet::ReadBlockWeights(const MCCommon::RecordBlock& block,
+                                      BlockRecords& records) const {
+    records.fbUnit = true;
+    const BlockColumn* column = ColumnAt(block, fpSettings->GetWeightPosition());
+    if (column == nullptr) {
+        records.fvUse.assign(records.fvUse.size(), BlockRecords::kDropped);
+        return;
+    }
+    const auto take = [&](const auto& values) {
+        for (std::size_t row = 0; row < records.fvUse.size(); ++row) {
+            double weight = FSBlockColumn::ValueOf(values[row]);
+            if (!ConvertWeight(weight)) {
+                records.fvUse[row] = BlockRecords::kDropped;
+            } else if (weight != 1.0) {
+                records.fbUnit = false;
+            }
+            records.fvWeights[row] = weight;
+        }
+    };
+    std::visit(take, column->fValues);
+}
+
+// Feeds some records of a block, from first on, to the accumulators and counts them.
 void FSPredictorSet::AddBlockRows(const MCCommon::RecordBlock& block,
                                   const std::vector<std::int32_t>& columns,
                                   const std::vector<std::int32_t>& kinds,
-                                  const BlockRecords& records, std::size_t first, std::size_t end,
-                                  bool withTarget, MCCommon::BlockExecutor* executor) {
-    FSBlockCases cases = records.Cases(first, end);
-    if (withTarget) {
-        cases.fTarget = fpSettings->IsTargetCategorical() ? FSBlockCases::kCategorical
-                                                          : FSBlockCases::kContinuous;
-    }
+                                  const BlockRecords& records, std::size_t first,
+                                  const FSBlockCases& cases, MCCommon::BlockExecutor* executor) {
     std::vector<BlockParts> all;
     for (std::size_t predictor = 0; predictor < fvpAccum.size(); ++predictor) {
         const BlockColumn* column = ColumnAt(block, columns[predictor]);
@@ -253,9 +292,9 @@ void FSPredictorSet::AddBlockRows(const MCCommon::RecordBlock& block,
         });
         if (parts == all.end()) parts = all.insert(all.end(), BlockParts{kinds[predictor], {}});
         parts->fvParts.push_back(
-            {fvpAccum[predictor].get(), FSBlockColumn::Cut(*column, first, end - first)});
+            {fvpAccum[predictor].get(), FSBlockColumn::Cut(*column, first, cases.Rows())});
     }
-    CountBlockRows(all, records, first, cases, withTarget);
+    CountBlockRows(all, records, first, cases);
     if (cases.fCounted > 0) FeedParts(all, cases, executor);
 }
 
@@ -266,67 +305,99 @@ void FSPredictorSet::FeedParts(const std::vector<BlockParts>& all, const FSBlock
         std::span<const FSBlockPart> fParts;
     };
     std::vector<Task> tasks;
+    std::size_t columns = 0;
     for (const BlockParts& parts : all) {
         const std::span<const FSBlockPart> rest(parts.fvParts);
+        columns += rest.size();
         for (std::size_t at = 0; at < rest.size(); at += kGroup) {
             tasks.push_back({parts.fKind, rest.subspan(at, std::min(kGroup, rest.size() - at))});
         }
     }
     const auto run = [&](std::int32_t number) {
         const Task& task = tasks[static_cast<std::size_t>(number)];
-        if (cases.Rows() >= kTableRows)
+        // Accumulators that were made for another kind of target know for themselves what is
+        // nothing to them.
+        const bool fits =
+            task.fKind == FSAccumKind::For(task.fParts[0].fpAccum->IsCategorical(),
+                                           cases.fTarget != FSBlockCases::kNone,
+                                           cases.fTarget == FSBlockCases::kCategorical);
+        if (fits && cases.Rows() >= kTableRows) {
             return FSAccumKind::AddBlock(task.fKind, task.fParts, cases);
+        }
         for (const FSBlockPart& part : task.fParts) part.AddPlainly(cases);
     };
     const auto count = static_cast<std::int32_t>(tasks.size());
-    if (executor != nullptr && cases.Rows() >= kTableRows) {
+    if (executor != nullptr && cases.Rows() * columns >= kCellsSideBySide) {
         executor->Run(count, run);
     } else {
         for (std::int32_t number = 0; number < count; ++number) run(number);
     }
 }
 
-// The counters of the set, record after record.
+// The counters of the set, of the records of the cases, which begin at first.
 void FSPredictorSet::CountBlockRows(const std::vector<BlockParts>& all, const BlockRecords& records,
-                                    std::size_t first, const FSBlockCases& cases, bool withTarget) {
-    std::vector<std::uint32_t> empty;  // without a valid value of any predictor
-    for (std::size_t row = 0; row < cases.Rows(); ++row) {
-        if (cases.Counts(row)) empty.push_back(static_cast<std::uint32_t>(row));
+                                    std::size_t first, const FSBlockCases& cases) {
+    std::vector<FSBlockPart> parts;
+    for (const BlockParts& some : all) {
+        parts.insert(parts.end(), some.fvParts.begin(), some.fvParts.end());
     }
-    for (const BlockParts& parts : all) {
-        for (const FSBlockPart& part : parts.fvParts) {
-            if (empty.empty()) break;
-            DropValid(part, empty);
-        }
-    }
+    const std::vector<std::uint32_t> empty = RowsWithoutData(parts, cases);
     if (static_cast<std::int32_t>(empty.size()) < cases.fCounted) fNoValidData = false;
+    const std::int32_t used = records.CountUsed(first, first + cases.Rows());
+    if (fpSettings->GetWeightPosition() >= 0 && used > 0) fNoValidWeight = false;
 
+    const std::int32_t valid = cases.fTarget == FSBlockCases::kNone
+                                   ? 0
+                                   : cases.fCounted - static_cast<std::int32_t>(empty.size());
+    FSCountMore(fUnweightedValid, valid);
+    FSCountMore(fUnweightedExcluded, used - valid);
     std::vector<FSMapIPCntEntry> classes;
-    if (fpTargetAccum) classes = fpTargetAccum->EntriesOf(cases.fClassKeys);
-    std::vector<char> touched(classes.size(), 0);
-    auto nextEmpty = empty.begin();
-    for (std::size_t row = 0; row < cases.Rows(); ++row) {
-        if (records.fvUse[first + row] == BlockRecords::kDropped) continue;
-        if (fpSettings->GetWeightPosition() >= 0) fNoValidWeight = false;
-        const double weight = cases.fWeights[row];
-        const bool isEmpty = nextEmpty != empty.end() && *nextEmpty == row;
-        if (isEmpty) ++nextEmpty;
-        if (!withTarget || isEmpty || !cases.Counts(row)) {
-            CountExcluded(weight);
-            continue;
-        }
-        fWeightedValid += weight;
-        ++fUnweightedValid;
-        if (!fpTargetAccum) continue;
-        FSMapIPCntEntry& entry = classes[cases.fClasses[row]];
-        ++entry.fCount;
-        entry.fWeight += weight;
-        touched[cases.fClasses[row]] = 1;
+    std::vector<std::uint32_t> added;  // to each of the classes
+    if (fpTargetAccum && cases.fTarget != FSBlockCases::kNone) {
+        classes = fpTargetAccum->EntriesOf(cases.fClassKeys);
+        added = FSCellCounts::CountClasses(cases);
+        for (const std::uint32_t row : empty) --added[cases.fClasses[row]];
+    }
+    const bool exactly =
+        cases.fbUnit && FSCountsExactly(fWeightedValid, used) &&
+        FSCountsExactly(fWeightedExcluded, used) &&
+        std::all_of(classes.begin(), classes.end(), [&](const FSMapIPCntEntry& entry) {
+            return FSCountsExactly(entry.fWeight, used);
+        });
+    if (exactly) {
+        fWeightedValid += valid;
+        fWeightedExcluded += used - valid;
+        for (std::size_t at = 0; at < classes.size(); ++at) classes[at].fWeight += added[at];
+    } else {
+        AddWeightsInTurn(records, first, empty, cases, classes);
     }
     std::size_t kept = 0;
     for (std::size_t at = 0; at < classes.size(); ++at) {
-        if (touched[at] != 0) classes[kept++] = classes[at];
+        if (added[at] == 0) continue;
+        FSCountMore(classes[at].fCount, static_cast<std::int32_t>(added[at]));
+        classes[kept++] = classes[at];
     }
     classes.resize(kept);
-    if (fpTargetAccum) fpTargetAccum->Replace(classes);
+    if (kept > 0) fpTargetAccum->Replace(classes);
+}
+
+// Record after record, as sums of weights are rounded. empty are the rows without data, classes
+// the target's categories if they are kept.
+void FSPredictorSet::AddWeightsInTurn(const BlockRecords& records, std::size_t first,
+                                      std::span<const std::uint32_t> empty,
+                                      const FSBlockCases& cases,
+                                      std::vector<FSMapIPCntEntry>& classes) {
+    auto nextEmpty = empty.begin();
+    for (std::size_t row = 0; row < cases.Rows(); ++row) {
+        if (records.fvUse[first + row] == BlockRecords::kDropped) continue;
+        const double weight = cases.fWeights[row];
+        const bool isEmpty = nextEmpty != empty.end() && *nextEmpty == row;
+        if (isEmpty) ++nextEmpty;
+        if (cases.fTarget == FSBlockCases::kNone || isEmpty || !cases.Counts(row)) {
+            fWeightedExcluded += weight;
+            continue;
+        }
+        fWeightedValid += weight;
+        if (!classes.empty()) classes[cases.fClasses[row]].fWeight += weight;
+    }
 }

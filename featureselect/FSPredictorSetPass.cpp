@@ -260,8 +260,7 @@ bool FSPredictorSet::ConvertWeight(double& weight) const {
 }
 
 bool FSPredictorSet::IsTargetMissing(double target) const {
-    return target == MCMV::gMissingValue ||
-           (fpSettings->IsTargetCategorical() && FSTruncate(target) == -1);
+    return FSIsMissing(target, fpSettings->IsTargetCategorical());
 }
 
 // Gives the record's value of each predictor to its accumulator, a valid one through
@@ -277,7 +276,7 @@ bool FSPredictorSet::FeedPredictors(const MCCommon::Record& record,
         IFSPredTargetAccum* accum = fvpAccum[predictor].get();
         if (accum == nullptr) continue;
         const double value = record[columns[predictor]];
-        if (value == MCMV::gMissingValue || (accum->IsCategorical() && FSTruncate(value) == -1)) {
+        if (FSIsMissing(value, accum->IsCategorical())) {
             accum->AddMissing(weight);
             continue;
         }

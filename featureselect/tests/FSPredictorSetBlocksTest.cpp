@@ -1,10 +1,13 @@
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <limits>
 #include <memory>
 #include <numeric>
 #include <optional>
 #include <random>
+#include <sstream>
+#include <string>
 #include <thread>
 #include <variant>
 
@@ -141,6 +144,7 @@ class Drawn {
             fSettings.SetWeightPosition(Chance(0.1) ? Between(0, predictors + 3)
                                                     : static_cast<int>(fvColumns.size()));
             fSettings.SetWeightConversion(Between(0, 3));
+            fWeightColumn = fvColumns.size();
             fvColumns.push_back(WeightColumn());
         }
         for (const bool one : categorical) {
@@ -155,10 +159,12 @@ class Drawn {
         fbListens = Chance(0.4);
         fSettings.SetRecordsToSkip(Pick<std::int32_t>({0, 1, 70, 99, 500, 5000}));
         fCancelAt = Chance(0.5) ? Between(0, 20) : -1;
+        DrawSecondPass(hasWeight && !fvColumns.empty());
     }
 
     struct Result {
         std::vector<std::byte> fState;
+        std::string fText;
         std::vector<std::int32_t> fReports;
         std::vector<std::uint32_t> fCodes;
     };
@@ -174,18 +180,26 @@ class Drawn {
         if (fbListens) settings.SetProgressListener(&recorder);
         FSPredictorSet set(settings, cancel);
         Result result;
+        RandomColumns columns = fvColumns;
+        bool withTarget = fbWithTarget;
         for (int pass = 0; pass < 2; ++pass) {
+            if (pass == 1) {
+                withTarget = fbWithTarget != fbOtherwiseAgain;
+                settings.SetTargetCategorical(settings.IsTargetCategorical() != fbOtherTargetAgain);
+                if (fAgainWeights) columns[fWeightColumn] = *fAgainWeights;
+            }
             std::unique_ptr<MCCommon::RecordIterator> records;
             if (inBlocks) {
-                records = std::make_unique<InBlocks>(fvColumns, fRows, fBlockRows, fThreads);
+                records = std::make_unique<InBlocks>(columns, fRows, fBlockRows, fThreads);
             } else {
-                records = std::make_unique<OneByOne>(fvColumns, fRows);
+                records = std::make_unique<OneByOne>(columns, fRows);
             }
-            const FSStatus status = fbWithTarget
-                                        ? set.AccumulateRecords(*records, fMaxRecords)
-                                        : set.AccumulateForScreening(*records, fMaxRecords);
+            const FSStatus status = withTarget ? set.AccumulateRecords(*records, fMaxRecords)
+                                               : set.AccumulateForScreening(*records, fMaxRecords);
             result.fCodes.push_back(status.fCode);
         }
+        // What isn't saved shows there.
+        result.fText = TextOf(set);
         ClearElapsed(set);
         result.fState = testsupport::Save(set);
         result.fReports = recorder.Records();
@@ -201,6 +215,24 @@ class Drawn {
     template <class T>
     T Pick(std::vector<T> from) {
         return from[static_cast<std::size_t>(Between(0, static_cast<int>(from.size()) - 1))];
+    }
+
+    /// What the second pass does otherwise: with the target or without it, a target of the other
+    /// kind, other weights.
+    void DrawSecondPass(bool hasWeight) {
+        fbOtherwiseAgain = Chance(0.1);
+        fbOtherTargetAgain = Chance(0.1);
+        if (hasWeight && fWeightColumn < fvColumns.size() && Chance(0.3)) {
+            fAgainWeights = NumberColumn([] { return 1.0; });
+        }
+    }
+
+    static std::string TextOf(const FSPredictorSet& set) {
+        std::ostringstream out;
+        set.Display(out);
+        std::string text = out.str();
+        const std::size_t elapsed = text.find("Total elapsed time ");
+        return text.erase(elapsed, text.find('\n', elapsed) - elapsed);
     }
 
     template <class Draw>
@@ -250,6 +282,8 @@ class Drawn {
              {1, 1, 1, 1, 0, -1, kMissing},
              {1, 2, 3, 0, kMissing},
              {0.3, 0.7, 1.1, 1e-9, 1e9, 0, -2, kMissing, 0.4, 2.5},
+             {9007199254740990.0, 1, 0.5, kMissing},
+             {1, 2, std::numeric_limits<double>::infinity()},
              {0, -1, kMissing, std::numeric_limits<double>::quiet_NaN()}});
         return NumberColumn([&] { return Pick(weights); });
     }
@@ -293,6 +327,10 @@ class Drawn {
     std::int32_t fThreads = 0;
     bool fbListens = false;
     std::int32_t fCancelAt = -1;
+    std::size_t fWeightColumn = 0;
+    bool fbOtherwiseAgain = false;
+    bool fbOtherTargetAgain = false;
+    std::optional<RandomColumn> fAgainWeights;
 };
 
 TEST(FSPredictorSetBlocks, GiveTheStateOfRecordsOneByOneByteForByte) {
@@ -303,8 +341,102 @@ TEST(FSPredictorSetBlocks, GiveTheStateOfRecordsOneByOneByteForByte) {
         const Drawn::Result blocks = drawn.Read(true);
         ASSERT_EQ(blocks.fReports, plain.fReports) << "seed " << seed + round;
         ASSERT_EQ(blocks.fCodes, plain.fCodes) << "seed " << seed + round;
+        ASSERT_TRUE(blocks.fText == plain.fText) << "seed " << seed + round;
         ASSERT_TRUE(blocks.fState == plain.fState) << "seed " << seed + round;
     }
+}
+
+/// 100 records of a target, a categorical and a continuous predictor.
+RandomColumns TargetAndPredictors() {
+    RandomColumns columns(3);
+    std::vector<double> targets;
+    std::vector<std::uint8_t> codes;
+    std::vector<double> numbers;
+    for (int row = 0; row < 100; ++row) {
+        targets.push_back(row % 7 == 0 ? kMissing : row % 3 + 0.25);
+        codes.push_back(static_cast<std::uint8_t>(row % 4));
+        numbers.push_back(row % 5 == 0 ? kMissing : 0.1 * row);
+    }
+    columns[0] = {targets, 1};
+    columns[1] = {codes, 4};
+    columns[2] = {numbers, 1};
+    return columns;
+}
+
+/// The set after passes over the records, each of them with the settings as change(pass, settings)
+/// leaves them.
+template <class Change>
+std::vector<std::byte> StateAfter(bool inBlocks, int passes, FSSettings settings, Change change) {
+    const RandomColumns columns = TargetAndPredictors();
+    FSCancelState cancel;
+    FSPredictorSet set(settings, cancel);
+    for (int pass = 0; pass < passes; ++pass) {
+        const bool withTarget = change(pass, settings, set);
+        InBlocks blocks(columns, 100, 70000, 0);
+        OneByOne single(columns, 100);
+        MCCommon::RecordIterator& records =
+            inBlocks ? static_cast<MCCommon::RecordIterator&>(blocks) : single;
+        EXPECT_TRUE((withTarget ? set.AccumulateRecords(records, -1)
+                                : set.AccumulateForScreening(records, -1))
+                        .IsOk());
+    }
+    ClearElapsed(set);
+    return testsupport::Save(set);
+}
+
+struct TwoPasses {
+    const char* fName;
+    bool fbWithTarget[2];
+    bool fbTargetCategorical[2];
+};
+
+void PrintTo(const TwoPasses& passes, std::ostream* out) { *out << passes.fName; }
+
+class BlocksOfASecondPass : public testing::TestWithParam<TwoPasses> {};
+
+TEST_P(BlocksOfASecondPass, AreToTheAccumulatorsWhatTheirRecordsAre) {
+    const TwoPasses& passes = GetParam();
+    const auto change = [&](int pass, FSSettings& settings, FSPredictorSet&) {
+        settings.SetTargetCategorical(passes.fbTargetCategorical[pass]);
+        settings.SetTargetPosition(passes.fbWithTarget[pass] ? 0 : -1);
+        return passes.fbWithTarget[pass];
+    };
+    const FSSettings settings({kCategorical, kContinuous}, true);
+    EXPECT_EQ(StateAfter(true, 2, settings, change), StateAfter(false, 2, settings, change));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, BlocksOfASecondPass,
+    testing::Values(TwoPasses{"AsTheFirst", {true, true}, {true, true}},
+                    TwoPasses{"WithoutItsCategoricalTarget", {true, false}, {true, true}},
+                    TwoPasses{"WithoutItsContinuousTarget", {true, false}, {false, false}},
+                    TwoPasses{"WithACategoricalTarget", {false, true}, {true, true}},
+                    TwoPasses{"WithAContinuousTarget", {false, true}, {false, false}},
+                    TwoPasses{"WhoseTargetBecameContinuous", {true, true}, {true, false}},
+                    TwoPasses{"WhoseTargetBecameCategorical", {true, true}, {false, true}}),
+    [](const auto& test) { return std::string(test.param.fName); });
+
+TEST(FSPredictorSetBlocks, LeaveCountsAtTheLargestNumberThere) {
+    FSSettings settings({kCategorical, kContinuous}, true);
+    const auto fill = [](int pass, FSSettings&, FSPredictorSet& set) {
+        if (pass == 0) return true;
+        auto bytes = testsupport::Save(set);
+        const std::int32_t most = std::numeric_limits<std::int32_t>::max();
+        const std::size_t unweighted = 61;  // valid, then excluded
+        const std::string tag = "FSMII";    // the target's categories are the last map
+        const auto map = std::find_end(
+            bytes.begin(), bytes.end(), tag.begin(), tag.end(),
+            [](std::byte one, char other) { return one == static_cast<std::byte>(other); });
+        const auto firstCount = static_cast<std::size_t>(map - bytes.begin()) + 13;
+        for (const std::size_t at : {unweighted, unweighted + 4, firstCount}) {
+            std::memcpy(bytes.data() + at, &most, sizeof most);
+        }
+        testsupport::RestoreInto(set, bytes);
+        EXPECT_EQ(CountsOf(set).fValid, most);
+        EXPECT_EQ(CountsOf(set).fExcluded, most);
+        return true;
+    };
+    EXPECT_EQ(StateAfter(true, 2, settings, fill), StateAfter(false, 2, settings, fill));
 }
 
 TEST(FSPredictorSetBlocks, AreReadNoFurtherThanTheLastRecordThatCounts) {
