@@ -1,9 +1,12 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <utility>
+#include <variant>
 #include <vector>
 
 #include "apps/predselect/ModelCommands.h"
@@ -23,7 +26,7 @@
 #include "embedded/strings/StringTable.h"
 #include "host/HostGlobals.h"
 #include "host/Progress.h"
-#include "naivebayes/NBOutput.h"
+#include "naivebayes/NBBlockScores.h"
 #include "naivebayes/NBOutputStatistics.h"
 
 namespace app {
@@ -60,11 +63,11 @@ class Predictions {
                                              count, isTaken));
     }
 
-    void Set(std::int64_t row, const NBOutput& output) {
-        const auto winner = static_cast<std::size_t>(output.GetWinner());
-        if (winner < fTarget.fvValues.size()) SetPredicted(row, fTarget.fvValues[winner]);
+    // Of these rows.
+    void Set(std::span<const std::int64_t> rows, const NBBlockScores& scores) {
+        SetPredicted(rows, scores.fvWinners);
         for (std::size_t i = 0; i < fvProbabilities.size(); ++i) {
-            fColumns.Set(fvProbabilities[i], row, output.GetValues()[i]);
+            fColumns.Set(fvProbabilities[i], rows, scores.Posteriors(static_cast<std::int32_t>(i)));
         }
     }
 
@@ -88,6 +91,10 @@ class Predictions {
         variable.SetMeasurementLevel(kLevelNominal);
         variable.SetLabel(std::string(embedded::TextOf("Predicted Value")));
         variable.SetName(std::move(name));
+        if (fTarget.fType == 0) return;
+        for (const KoltObs& value : fTarget.fvValues) {
+            fvTexts.push_back(std::get<std::string>(value));
+        }
     }
 
     void AddProbabilities(const std::vector<std::string>& names) {
@@ -111,12 +118,24 @@ class Predictions {
             {fTarget.fName, ConvertObsToString(values[category], fFormat, true)});
     }
 
-    void SetPredicted(std::int64_t row, const KoltObs& value) {
-        if (const double* number = std::get_if<double>(&value)) {
-            fColumns.Set(fPredicted, row, *number);
-        } else {
-            fColumns.Set(fPredicted, row, std::get<std::string>(value), fTarget.fType);
+    // A winner without a value leaves its row missing.
+    void SetPredicted(std::span<const std::int64_t> rows,
+                      const std::vector<std::int32_t>& winners) {
+        const auto count = static_cast<std::int32_t>(fTarget.fvValues.size());
+        if (fTarget.fType == 0) {
+            fvNumbers.clear();
+            for (const std::int32_t winner : winners) {
+                fvNumbers.push_back(
+                    winner >= 0 && winner < count
+                        ? std::get<double>(fTarget.fvValues[static_cast<std::size_t>(winner)])
+                        : MCMV::gMissingValue);
+            }
+            fColumns.Set(fPredicted, rows, fvNumbers);
+            return;
         }
+        fvPlaces.clear();
+        for (const std::int32_t winner : winners) fvPlaces.push_back(winner < count ? winner : -1);
+        fColumns.Set(fPredicted, rows, fvPlaces, fvTexts, fTarget.fType);
     }
 
     embedded::NewColumns fColumns;
@@ -124,6 +143,9 @@ class Predictions {
     KoltFormat fFormat;  // of the target's values
     std::int32_t fPredicted = -1;
     std::vector<std::int32_t> fvProbabilities;
+    std::vector<std::string> fvTexts;    // the values of a string target
+    std::vector<double> fvNumbers;       // of the rows at hand
+    std::vector<std::int32_t> fvPlaces;  // the same
 };
 
 struct Counts {
@@ -171,6 +193,7 @@ ExitStatus ScoreCommand(const ProgramOptions& options) {
 
     embedded::LayoutRecordsOptions reading;
     reading.fbIgnoreWeights = true;
+    reading.fThreads = options.fOpen.fThreads;
     for (std::int32_t i = 0; i < static_cast<std::int32_t>(model.Layout().fvColumns.size()); ++i) {
         if (!model.IsInput(i)) reading.fvMayLack.push_back(i);
     }
@@ -178,20 +201,24 @@ ExitStatus ScoreCommand(const ProgramOptions& options) {
     const bool knowsTarget = data.FindVariable(model.Target().fName) >= 0;
     MCStopProcessor stop(0.0);
     Predictions predictions(data, model, options.fModel);
-    NBOutput output(model.Engine().GetNumTargetCategories());
+    NBBlockScores scores;
+    const std::int32_t mostRows = NBBlockScores::MostRows(model.Engine().GetNumTargetCategories());
+    const std::vector<std::uint8_t> noTraining(static_cast<std::size_t>(mostRows));
     Counts counts;
-    while (records.HasMore()) {
+    while (const MCCommon::RecordBlock* const block = records.NextBlock(mostRows)) {
         if (stop.IsCancelled()) throw ProgramError(kInterrupted, "interrupted");
-        const MCCommon::Record& record = *records.Next();
-        const NBStatus status = knowsTarget ? model.Engine().TallyRecord(record, output, false)
-                                            : model.Engine().ScoreRecord(record, output);
+        const NBStatus status =
+            knowsTarget
+                ? model.Engine().TallyBlock(*block, records.GetExecutor(), scores, noTraining)
+                : model.Engine().ScoreBlock(*block, records.GetExecutor(), scores);
         if (status.IsError()) {
             throw ProgramError(kCommandFailed, "cannot score " + OneLine(data.SourceName()) + ": " +
                                                    ReasonOf(status, model));
         }
-        ++counts.fCases;
-        if (status.GetCode() == NBCode::kNoValidPredictor) ++counts.fByPriors;
-        predictions.Set(records.Row(), output);
+        counts.fCases += block->fRows;
+        counts.fByPriors +=
+            std::count(scores.fvStates.begin(), scores.fvStates.end(), NBScoreState::kByPriors);
+        predictions.Set(records.BlockRows(), scores);
     }
     progress.reset();
     TellUnknownValues(records, model.Layout());

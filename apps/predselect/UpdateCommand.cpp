@@ -119,6 +119,7 @@ ExitStatus UpdateCommand(const ProgramOptions& options) {
     }
     StopThroughCommands();
     embedded::LayoutRecordsOptions reading;
+    reading.fThreads = options.fOpen.fThreads;
     for (std::int32_t i = 0; i < static_cast<std::int32_t>(model.Layout().fvColumns.size()); ++i) {
         if (!model.IsInput(i) && i != model.TargetColumn()) reading.fvMayLack.push_back(i);
     }
@@ -132,7 +133,7 @@ ExitStatus UpdateCommand(const ProgramOptions& options) {
              model);
     }
     // The engine has rewound the records, and they count what they deliver.
-    while (records.Next() != nullptr) {
+    while (records.NextBlock(embedded::kChunkRows) != nullptr) {
     }
     TellUnknownValues(records, model.Layout());
     WriteModel(options, model);

@@ -9,6 +9,7 @@
 
 #include "embedded/HostSession.h"
 #include "embedded/data/NewColumns.h"
+#include "embedded/data/NumberRange.h"
 #include "embedded/output/Report.h"
 #include "host/Assertion.h"
 
@@ -29,30 +30,6 @@ std::vector<bool> ValidWeights(const DataSet& data, std::int32_t variable, bool&
         fractional = fractional || weight != std::floor(weight);
     }
     return valid;
-}
-
-// Smallest and largest value; the missing value where there is none but missing ones. Several of
-// each, for the processor to work on at a time.
-std::pair<double, double> RangeOf(std::span<const double> numbers) {
-    constexpr std::size_t kLanes = 8;
-    constexpr double kNone = std::numeric_limits<double>::infinity();
-    std::array<double, kLanes> low;
-    std::array<double, kLanes> high;
-    low.fill(kNone);
-    high.fill(MCMV::gMissingValue);  // below every other value
-    const std::size_t even = numbers.size() - numbers.size() % kLanes;
-    const auto take = [&](std::size_t lane, double value) {
-        const double lower = value == MCMV::gMissingValue ? kNone : value;
-        low[lane] = lower < low[lane] ? lower : low[lane];
-        high[lane] = value > high[lane] ? value : high[lane];
-    };
-    for (std::size_t at = 0; at < even; at += kLanes) {
-        for (std::size_t lane = 0; lane < kLanes; ++lane) take(lane, numbers[at + lane]);
-    }
-    for (std::size_t at = even; at < numbers.size(); ++at) take(0, numbers[at]);
-    const double least = *std::min_element(low.begin(), low.end());
-    const double most = *std::max_element(high.begin(), high.end());
-    return {least == kNone ? MCMV::gMissingValue : least, most};
 }
 
 }  // namespace
@@ -105,6 +82,7 @@ RecordColumn::RecordColumn(const DataSet& data, std::int32_t variable,
     for (const KoltObs& value : layout.fvValues) {
         codes.emplace(value, static_cast<std::int32_t>(codes.size()));
     }
+    fEntryEnd = static_cast<std::uint32_t>(codes.size()) + 1;
     const ColumnCategories& categories = fpColumn->Categories();
     for (std::int32_t category = 0; category < categories.Count(); ++category) {
         const KoltObs value = categories.Value(category);
@@ -133,6 +111,7 @@ void RecordColumn::AssignCodes(const std::vector<bool>& keep) {
         fvCodes[category] = static_cast<std::int32_t>(fvCategories.size());
         fvCategories.push_back(static_cast<std::int32_t>(category));
     }
+    fEntryEnd = static_cast<std::uint32_t>(fvCategories.size()) + 1;
     fvMet.assign(fvCategories.size(), false);
     fvEntries.clear();
 }
@@ -222,6 +201,7 @@ void RecordColumn::Reorder(bool ascending) {
     }
     fvMet.assign(met.size(), true);
     fvCategories = std::move(met);
+    fEntryEnd = static_cast<std::uint32_t>(fvCategories.size()) + 1;
     fvEntries.clear();
 }
 
@@ -254,7 +234,7 @@ MCCommon::BlockColumn RecordColumn::CodeBlock(const ChunkRows& rows, Cells<Entry
             }
         },
         fChunkCodes.GetEntries());
-    return {std::span<const Entry>(buffer), static_cast<std::uint32_t>(fvCategories.size() + 1)};
+    return {std::span<const Entry>(buffer), fEntryEnd};
 }
 
 MCCommon::BlockColumn RecordColumn::NumberBlock(const ChunkRows& rows) {
@@ -271,22 +251,15 @@ MCCommon::BlockColumn RecordColumn::NumberBlock(const ChunkRows& rows) {
 MCCommon::BlockColumn RecordColumn::Block(const ChunkRows& rows) {
     if (!fbCategorical) return NumberBlock(rows);
     SettleEntries();
-    const std::size_t entryEnd = fvCategories.size() + 1;
     if (fbSameEntries && rows.IsDense()) {
         return std::visit(
             [&](const auto entries) {
-                return MCCommon::BlockColumn{entries.subspan(rows[0], rows.Count()),
-                                             static_cast<std::uint32_t>(entryEnd)};
+                return MCCommon::BlockColumn{entries.subspan(rows[0], rows.Count()), fEntryEnd};
             },
             fChunkCodes.GetEntries());
     }
-    if (entryEnd - 1 <= std::numeric_limits<std::uint8_t>::max()) {
-        return CodeBlock(rows, Room<std::uint8_t>());
-    }
-    if (entryEnd - 1 <= std::numeric_limits<std::uint16_t>::max()) {
-        return CodeBlock(rows, Room<std::uint16_t>());
-    }
-    return CodeBlock(rows, Room<std::uint32_t>());
+    return ForEntriesUpTo(fEntryEnd - 1,
+                          [&](auto zero) { return CodeBlock(rows, Room<decltype(zero)>()); });
 }
 
 template <class Entry>
@@ -319,9 +292,14 @@ void RecordColumn::LearnBlock(const MCCommon::BlockColumn& block) {
 std::vector<std::int64_t> RecordColumn::UnknownCases(const ChunkRows& rows) const {
     std::vector<std::int64_t> cases;
     if (!fbSomeUnknown) return cases;
-    for (std::size_t i = 0; i < rows.Count(); ++i) {
-        if (IsUnknown(static_cast<std::int32_t>(rows[i]))) cases.push_back(rows.Cases()[i]);
-    }
+    std::visit(
+        [&](const auto entries) {
+            for (std::size_t i = 0; i < rows.Count(); ++i) {
+                const std::size_t entry = entries[rows[i]];
+                if (entry != 0 && fvCodes[entry - 1] == kUnknown) cases.push_back(rows.Cases()[i]);
+            }
+        },
+        fChunkCodes.GetEntries());
     return cases;
 }
 
@@ -361,20 +339,13 @@ void CaseReader::SetColumnValue(std::int32_t column, const std::string& text, st
 
 void CaseReader::SetColumnValues(std::int32_t column, std::span<const double> values) {
     PREDSEL_ASSERT(values.size() == fBlock.size(), "one value a record of the block");
-    NewColumns& columns = HostSession::Active().New();
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        if (values[i] != MCMV::gMissingValue) columns.Set(column, fBlock[i], values[i]);
-    }
+    HostSession::Active().New().Set(column, fBlock, values);
 }
 
 void CaseReader::SetColumnTexts(std::int32_t column, std::span<const std::int32_t> places,
                                 const std::vector<std::string>& texts, std::int32_t type) {
     PREDSEL_ASSERT(places.size() == fBlock.size(), "one text a record of the block");
-    NewColumns& columns = HostSession::Active().New();
-    for (std::size_t i = 0; i < places.size(); ++i) {
-        if (places[i] < 0) continue;
-        columns.Set(column, fBlock[i], texts[static_cast<std::size_t>(places[i])], type);
-    }
+    HostSession::Active().New().Set(column, fBlock, places, texts, type);
 }
 
 }  // namespace embedded
@@ -419,20 +390,8 @@ void UAAdapterState::PrepareCategories(const UAVarValidSpecs& specs) {
     });
 }
 
-// Side by side where there is more to do than threads cost.
 void UAAdapterState::RunByColumn(std::int64_t rows, const std::function<void(std::size_t)>& task) {
-    constexpr std::int64_t kManyValues = 1 << 18;
-    constexpr std::size_t kTasksPerThread = 4;
-    const std::size_t columns = fvColumns.size();
-    const bool many = rows * static_cast<std::int64_t>(columns) >= kManyValues;
-    const std::size_t tasks =
-        many ? std::min(columns, kTasksPerThread * static_cast<std::size_t>(fExecutor.Threads()))
-             : 1;
-    fExecutor.Run(static_cast<std::int32_t>(tasks), [&](std::int32_t number) {
-        const auto part = static_cast<std::size_t>(number);
-        const std::size_t end = columns * (part + 1) / tasks;
-        for (std::size_t column = columns * part / tasks; column < end; ++column) task(column);
-    });
+    fExecutor.RunOver(rows, fvColumns.size(), task);
 }
 
 void UAAdapterState::OpenChunk(std::int32_t chunk) {

@@ -127,6 +127,7 @@ class RecordColumn {
     bool fbCategorical;
     std::vector<std::int32_t> fvCodes;       // by the column's category: the record's code
     std::vector<std::int32_t> fvCategories;  // by the record's code: the column's category
+    std::uint32_t fEntryEnd = 1;             // one more than there are codes
     std::vector<bool> fvMet;                 // by the record's code
     std::int32_t fMetCount = 0;
     bool fbSomeUnknown = false;

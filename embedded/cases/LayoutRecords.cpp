@@ -36,6 +36,7 @@ std::string KindName(ColumnKind kind) {
 LayoutRecords::LayoutRecords(const DataSet& data, const RecordLayout& layout,
                              const LayoutRecordsOptions& options)
     : fpData(&data),
+      fExecutor(options.fThreads),
       fWeightColumn(options.fbIgnoreWeights ? -1 : layout.fWeightColumn),
       fvUnknown(layout.fvColumns.size()),
       fRecord(static_cast<std::int32_t>(layout.fvColumns.size())) {
@@ -44,10 +45,11 @@ LayoutRecords::LayoutRecords(const DataSet& data, const RecordLayout& layout,
         const RecordLayoutColumn& wanted = layout.fvColumns[i];
         const auto column = static_cast<std::int32_t>(i);
         const bool isWeight = column == layout.fWeightColumn;
-        std::optional<RecordColumn>& made = fvColumns.emplace_back();
-        fvAbsent.push_back(wanted.fbCategorical ? -1.0 : MCMV::gMissingValue);
+        Source& source = fvSources.emplace_back();
+        source.fbCategorical = wanted.fbCategorical;
+        source.fAbsent = wanted.fbCategorical ? -1.0 : MCMV::gMissingValue;
         if (isWeight && options.fbIgnoreWeights) {
-            fvAbsent.back() = 1.0;
+            source.fAbsent = 1.0;
             continue;
         }
         const std::int32_t variable = data.FindVariable(wanted.fName);
@@ -68,7 +70,8 @@ LayoutRecords::LayoutRecords(const DataSet& data, const RecordLayout& layout,
             continue;
         }
         // A user-missing weight is no weight, whatever was said of user-missing values.
-        made.emplace(data, variable, wanted, isWeight || layout.fbUserMissExclude);
+        source.fMade.emplace(data, variable, wanted, isWeight || layout.fbUserMissExclude);
+        if (isWeight) fWeights.emplace(data, variable, wanted, true);
     }
     if (!faults.empty()) {
         throw DataError(DataError::Kind::kContent,
@@ -78,11 +81,21 @@ LayoutRecords::LayoutRecords(const DataSet& data, const RecordLayout& layout,
     NewPass();
 }
 
+MCCommon::BlockColumn LayoutRecords::Source::Absent(std::size_t rows) {
+    if (fbCategorical) {
+        fvAbsentEntries.resize(rows);
+        return {MCCommon::BlockColumn::Bytes(fvAbsentEntries)};
+    }
+    fvAbsentNumbers.resize(rows, fAbsent);
+    return {MCCommon::BlockColumn::Numbers(fvAbsentNumbers)};
+}
+
 std::int32_t LayoutRecords::NewPass() {
     fvUnknown.assign(fvUnknown.size(), Oddity());
     fRow = -1;
     fRowGiven = -1;
     fChunk = -1;
+    fWeightChunk = -1;
     MoveOn();
     return GetFailReason();
 }
@@ -91,34 +104,75 @@ std::int32_t LayoutRecords::GetFailReason() const {
     return fRow < fpData->RowCount() ? MCCommon::kITER_SUCCESS : MCCommon::kITER_NO_VALID_CASE;
 }
 
+bool LayoutRecords::HasWeight(std::int64_t row) {
+    if (fWeightColumn < 0) return true;
+    if (!fWeights) return fvSources[static_cast<std::size_t>(fWeightColumn)].fAbsent > 0.0;
+    const auto chunk = static_cast<std::int32_t>(row / kChunkRows);
+    if (chunk != fWeightChunk) fWeights->Open(chunk);
+    fWeightChunk = chunk;
+    return fWeights->Value(static_cast<std::int32_t>(row % kChunkRows)) > 0.0;
+}
+
 // To the next case with a weight.
 void LayoutRecords::MoveOn() {
-    while (++fRow < fpData->RowCount()) {
-        const auto chunk = static_cast<std::int32_t>(fRow / kChunkRows);
-        if (chunk != fChunk) {
-            fChunk = chunk;
-            for (std::optional<RecordColumn>& column : fvColumns) {
-                if (column) column->Open(chunk);
-            }
-        }
-        if (fWeightColumn < 0) return;
-        const auto at = static_cast<std::size_t>(fWeightColumn);
-        const auto row = static_cast<std::int32_t>(fRow % kChunkRows);
-        if ((fvColumns[at] ? fvColumns[at]->Value(row) : fvAbsent[at]) > 0.0) return;
-    }
+    do {
+        ++fRow;
+    } while (HasMore() && !HasWeight(fRow));
+}
+
+// Opened when it gives a record: a block of the chunk before stays valid until then.
+void LayoutRecords::OpenChunkOf(std::int64_t row) {
+    const auto chunk = static_cast<std::int32_t>(row / kChunkRows);
+    if (chunk == fChunk) return;
+    fChunk = chunk;
+    fExecutor.RunOver(std::min<std::int64_t>(kChunkRows, fpData->RowCount()), fvSources.size(),
+                      [&](std::size_t i) {
+                          if (fvSources[i].fMade) fvSources[i].fMade->Open(chunk);
+                      });
 }
 
 const MCCommon::Record* LayoutRecords::Next() {
     if (!HasMore()) return nullptr;
+    OpenChunkOf(fRow);
     const auto row = static_cast<std::int32_t>(fRow % kChunkRows);
-    for (std::size_t i = 0; i < fvColumns.size(); ++i) {
-        const std::optional<RecordColumn>& column = fvColumns[i];
-        fRecord[static_cast<std::int32_t>(i)] = column ? column->Value(row) : fvAbsent[i];
-        if (column && column->IsUnknown(row)) fvUnknown[i].Note(fRow);
+    for (std::size_t i = 0; i < fvSources.size(); ++i) {
+        const std::optional<RecordColumn>& made = fvSources[i].fMade;
+        fRecord[static_cast<std::int32_t>(i)] = made ? made->Value(row) : fvSources[i].fAbsent;
+        if (made && made->IsUnknown(row)) fvUnknown[i].Note(fRow);
     }
     fRowGiven = fRow;
     MoveOn();
     return &fRecord;
+}
+
+const MCCommon::RecordBlock* LayoutRecords::NextBlock(std::int32_t maxRows) {
+    if (!HasMore()) return nullptr;
+    OpenChunkOf(fRow);
+    const std::int64_t firstRow = std::int64_t{fChunk} * kChunkRows;
+    const std::int64_t end = std::min(firstRow + kChunkRows, fpData->RowCount());
+    fvBlockRows.clear();
+    while (fRow < end && static_cast<std::int32_t>(fvBlockRows.size()) < maxRows) {
+        fvBlockRows.push_back(fRow);
+        MoveOn();
+    }
+    const ChunkRows rows(fvBlockRows, firstRow);
+    fBlock.fRows = static_cast<std::int32_t>(rows.Count());
+    fBlock.fvColumns.resize(fvSources.size());
+    std::vector<std::vector<std::int64_t>> unknown(fvSources.size());
+    fExecutor.RunOver(fBlock.fRows, fvSources.size(), [&](std::size_t i) {
+        Source& source = fvSources[i];
+        fBlock.fvColumns[i] =
+            source.fMade ? source.fMade->Block(rows) : source.Absent(rows.Count());
+        if (source.fMade) unknown[i] = source.fMade->UnknownCases(rows);
+    });
+    for (std::size_t i = 0; i < unknown.size(); ++i) {
+        for (const std::int64_t row : unknown[i]) fvUnknown[i].Note(row);
+    }
+    return &fBlock;
+}
+
+MCCommon::BlockExecutor* LayoutRecords::GetExecutor() {
+    return fExecutor.Threads() > 1 ? &fExecutor : nullptr;
 }
 
 }  // namespace embedded

@@ -3,10 +3,12 @@
 
 #include <cstdint>
 #include <deque>
+#include <span>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
+#include "embedded/data/Cells.h"
 #include "embedded/data/DataSet.h"
 
 namespace embedded {
@@ -34,6 +36,13 @@ class NewColumns {
     void Set(std::int32_t column, std::int64_t row, double value);
     /// What goes beyond so many bytes is cut off, at a character.
     void Set(std::int32_t column, std::int64_t row, const std::string& text, std::int32_t bytes);
+    /// The same for many rows. MCMV::gMissingValue leaves a row as it is.
+    void Set(std::int32_t column, std::span<const std::int64_t> rows,
+             std::span<const double> values);
+    /// Places in texts; a negative one leaves its row as it is.
+    void Set(std::int32_t column, std::span<const std::int64_t> rows,
+             std::span<const std::int32_t> places, const std::vector<std::string>& texts,
+             std::int32_t bytes);
 
     /// Appends all to the data set and returns their names. REQUIRES: names that no variable has.
     std::vector<std::string> MoveTo(DataSet& data);
@@ -42,12 +51,17 @@ class NewColumns {
     struct Pending {
         KOLT_Variable fVariable;
         bool fbNumeric;
-        std::vector<double> fvNumbers;     // by row
-        std::vector<std::int32_t> fvText;  // by row: place in fvTexts, -1 where missing
+        std::vector<Cells<double>> fvNumbers;  // by chunk; empty where nothing has been set
+        std::vector<std::uint32_t> fvEntries;  // by row: place in fvTexts + 1, 0 where missing
         std::vector<std::string> fvTexts;
-        std::unordered_map<std::string, std::int32_t> fPlaces;
+        std::unordered_map<std::string, std::uint32_t> fEntryOf;  // by text
     };
     std::size_t Place(std::int32_t column) const;
+    Pending& At(std::int32_t column, bool numeric);
+    /// With room for all rows of the chunk.
+    Cells<double>& ChunkOf(Pending& pending, std::size_t chunk) const;
+    static std::uint32_t EntryOf(Pending& pending, const std::string& text, std::int32_t bytes);
+    Column ColumnOf(Pending& pending) const;
 
     std::int32_t fFirst;
     std::int64_t fRows;

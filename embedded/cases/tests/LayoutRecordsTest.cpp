@@ -2,10 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
+#include <optional>
+#include <random>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "embedded/data/DataSetBuilder.h"
+#include "tests/support/RandomSeed.h"
 
 namespace embedded {
 namespace {
@@ -198,6 +204,166 @@ TEST(LayoutRecords, EveryRowIsDeliveredAcrossChunks) {
     std::int32_t row = 0;
     while (const MCCommon::Record* record = records.Next()) ASSERT_EQ((*record)[0], row++);
     EXPECT_EQ(row, kChunkRows + 1);
+}
+
+// ---- blocks ----
+
+double ValueOf(const MCCommon::BlockColumn& column, std::size_t row) {
+    return std::visit(
+        [&](const auto values) {
+            const double value = values[row];
+            if (!column.IsCategorical()) return value;
+            EXPECT_LT(value, column.fEntryEnd);
+            return value - 1;
+        },
+        column.fValues);
+}
+
+struct Delivered {
+    Rows fvRows;
+    std::vector<std::int64_t> fvNumbers;
+    std::vector<std::int64_t> fvUnknown;  // count and first row of each column
+    bool operator==(const Delivered&) const = default;
+};
+
+// blocks settles what is read in blocks; null: nothing is.
+Delivered ReadIn(LayoutRecords& records, std::size_t columns, std::mt19937* blocks) {
+    Delivered all;
+    while (records.HasMore()) {
+        EXPECT_EQ(records.GetFailReason(), MCCommon::kITER_SUCCESS);
+        if (blocks == nullptr || (*blocks)() % 4 == 0) {
+            const MCCommon::Record& record = *records.Next();
+            std::vector<double>& row = all.fvRows.emplace_back();
+            for (std::int32_t i = 0; i < record.Size(); ++i) row.push_back(record[i]);
+            all.fvNumbers.push_back(records.Row());
+            continue;
+        }
+        const auto most = static_cast<std::int32_t>(1 + (*blocks)() % 100000);
+        const MCCommon::RecordBlock& block = *records.NextBlock(most);
+        EXPECT_GE(block.fRows, 1);
+        EXPECT_LE(block.fRows, most);
+        EXPECT_EQ(block.fvColumns.size(), columns);
+        for (std::size_t row = 0; row < static_cast<std::size_t>(block.fRows); ++row) {
+            std::vector<double>& values = all.fvRows.emplace_back();
+            for (const MCCommon::BlockColumn& column : block.fvColumns) {
+                values.push_back(ValueOf(column, row));
+            }
+        }
+        const auto numbers = records.BlockRows();
+        EXPECT_EQ(numbers.size(), static_cast<std::size_t>(block.fRows));
+        all.fvNumbers.insert(all.fvNumbers.end(), numbers.begin(), numbers.end());
+    }
+    EXPECT_EQ(records.NextBlock(1), nullptr);
+    for (const Oddity& unknown : records.UnknownValues()) {
+        all.fvUnknown.push_back(unknown.fCount);
+        all.fvUnknown.push_back(unknown.fFirstRow);
+    }
+    return all;
+}
+
+class LayoutBlocks : public testing::TestWithParam<std::int32_t> {};
+
+TEST_P(LayoutBlocks, GiveWhatRecordsGive) {
+    const std::int32_t rows = GetParam();
+    const auto seed = testsupport::RandomSeed();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    for (int round = 0; round < (rows > 10000 ? 3 : 30); ++round) {
+        const auto numbers = [&](std::uint32_t kinds) {
+            std::vector<double> values(static_cast<std::size_t>(rows), gMissingValue);
+            for (double& value : values) {
+                if (random() % 8 != 0) value = static_cast<double>(random() % kinds);
+            }
+            return values;
+        };
+        const auto texts = [&](std::uint32_t kinds) {
+            std::vector<std::optional<std::string>> values(static_cast<std::size_t>(rows));
+            for (auto& value : values) {
+                if (random() % 8 != 0) value = "t" + std::to_string(random() % kinds);
+            }
+            return values;
+        };
+        // Long runs of cases without a weight leave chunks out.
+        std::vector<double> weights = numbers(3);
+        const std::size_t idle = random() % (static_cast<std::size_t>(rows) + 1);
+        std::fill(weights.begin(), weights.begin() + static_cast<std::ptrdiff_t>(idle), 0.0);
+        const DataSet data = DataSetBuilder()
+                                 .Strings("few", texts(3))
+                                 .Strings("some", texts(400))
+                                 .Numbers("coded", numbers(12))
+                                 .Missing({true, 10, 12, {}})
+                                 .Numbers("scale", numbers(1U << 30))
+                                 .Numbers("held", numbers(30))
+                                 .Numbers("w", weights)
+                                 .Build();
+        // Codes of all categories in order, of more than there are, of some in another order.
+        const auto categories = [&](const char* name, ColumnKind kind, std::size_t kinds) {
+            RecordLayoutColumn column = {name, kind, kind == ColumnKind::kString ? 5 : 0,
+                                         true, {},   {}};
+            for (std::size_t i = 0; i < kinds; ++i) {
+                column.fvValues.push_back(kind == ColumnKind::kString
+                                              ? KoltObs("t" + std::to_string(i))
+                                              : KoltObs(static_cast<double>(i)));
+            }
+            if (random() % 2 == 0) {
+                std::shuffle(column.fvValues.begin(), column.fvValues.end(), random);
+            }
+            return column;
+        };
+        RecordLayout layout;
+        layout.fvColumns = {
+            categories("few", ColumnKind::kString, 1 + random() % 4),
+            {"scale", ColumnKind::kNumber, 0, false, {}, {}},
+            categories("some", ColumnKind::kString, 254 + random() % 4),
+            categories("coded", ColumnKind::kNumber, 5 + random() % 300),
+            {"held", ColumnKind::kNumber, 0, false, {}, {false, 0, 0, {KoltObs(7.0)}}},
+            categories("absent", ColumnKind::kNumber, 3),
+            {"nowhere", ColumnKind::kNumber, 0, false, {}, {}},
+            {"w", ColumnKind::kNumber, 0, false, {}, {false, 0, 0, {KoltObs(2.0)}}}};
+        layout.fWeightColumn = 7;
+        layout.fbUserMissExclude = random() % 2 == 0;
+        LayoutRecordsOptions options;
+        options.fvMayLack = {5, 6};
+        options.fbIgnoreWeights = random() % 3 == 0;
+        options.fThreads = static_cast<std::int32_t>(1 + random() % 3);
+        LayoutRecords records(data, layout, options);
+        const std::size_t columns = layout.fvColumns.size();
+        const Delivered one = ReadIn(records, columns, nullptr);
+        for (int pass = 0; pass < 2; ++pass) {
+            records.NewPass();
+            ASSERT_TRUE(ReadIn(records, columns, &random) == one) << "round " << round;
+        }
+    }
+}
+INSTANTIATE_TEST_SUITE_P(Rows, LayoutBlocks,
+                         testing::Values(0, 1, 1000, kChunkRows, 3 * kChunkRows + 1));
+
+TEST(LayoutRecords, ABlockStaysWhenThePassHasLookedIntoALaterChunk) {
+    std::vector<double> weights(3 * std::size_t{kChunkRows}, 0.0);
+    weights.front() = 4;
+    weights.back() = 5;
+    const DataSet data = DataSetBuilder().Numbers("w", weights).Build();
+    RecordLayout layout;
+    layout.fvColumns = {{"w", ColumnKind::kNumber, 0, false, {}, {}}};
+    layout.fWeightColumn = 0;
+    LayoutRecords records(data, layout);
+    const MCCommon::RecordBlock* block = records.NextBlock(10);
+    ASSERT_NE(block, nullptr);
+    EXPECT_TRUE(records.HasMore());
+    EXPECT_EQ(block->fRows, 1);
+    EXPECT_EQ(ValueOf(block->fvColumns[0], 0), 4);
+    block = records.NextBlock(10);
+    ASSERT_NE(block, nullptr);
+    EXPECT_EQ(ValueOf(block->fvColumns[0], 0), 5);
+    EXPECT_FALSE(records.HasMore());
+}
+
+TEST(LayoutRecords, OneThreadHasNoExecutor) {
+    const DataSet data = Data();
+    LayoutRecordsOptions options;
+    EXPECT_EQ(LayoutRecords(data, Layout(), options).GetExecutor(), nullptr);
+    options.fThreads = 2;
+    EXPECT_NE(LayoutRecords(data, Layout(), options).GetExecutor(), nullptr);
 }
 
 }  // namespace
