@@ -29,10 +29,17 @@ struct ExportType {
 
 template <class Accept>
 bool EveryNumber(const Column& column, Accept accept) {
+    const auto isAccepted = [&accept](double value) {
+        return value == MCMV::gMissingValue || accept(value);
+    };
+    const auto areAccepted = [&isAccepted](std::span<const double> numbers) {
+        return std::all_of(numbers.begin(), numbers.end(), isAccepted);
+    };
+    // Every value of a coded column is in some row.
+    if (column.IsCoded()) return areAccepted(column.Categories().Numbers());
+    ColumnBuffer buffer;
     for (std::int32_t i = 0; i < column.ChunkCount(); ++i) {
-        for (const double value : column.Chunk(i).fNumbers) {
-            if (value != MCMV::gMissingValue && !accept(value)) return false;
-        }
+        if (!areAccepted(column.Numbers(i, buffer))) return false;
     }
     return true;
 }
@@ -274,16 +281,6 @@ void AddTexts(Layout layout, std::size_t rows, Text text, ArrayParts& parts) {
     }
 }
 
-// Codes of entries; any code where there is none.
-template <class Entry>
-Bytes CodesOf(std::span<const Entry> entries) {
-    Bytes bytes((entries.size() + 1) * sizeof(Entry));
-    for (std::size_t row = 0; row < entries.size(); ++row) {
-        Put(bytes, row, static_cast<Entry>(entries[row] - (entries[row] == 0 ? 0 : 1)));
-    }
-    return bytes;
-}
-
 // ---- columns ----
 
 class Columns final : public ArrowColumns {
@@ -305,6 +302,8 @@ class Columns final : public ArrowColumns {
         }
         FillSchema(std::move(batch), 0, out);
     }
+
+    std::int64_t RowCount() const override { return fData.RowCount(); }
 
     std::int32_t ColumnCount() const override { return fData.ColumnCount(); }
 
@@ -334,27 +333,36 @@ class Columns final : public ArrowColumns {
         return layout == Layout::kOffsets32 || layout == Layout::kOffsets64;
     }
 
-    std::int32_t CodeBytes(std::int32_t column) const override {
-        return std::visit([](auto rows) { return static_cast<std::int32_t>(sizeof(rows[0])); },
-                          Rows(column, 0).fCodes.GetEntries());
+    ColumnForm FormOf(std::int32_t column) const override {
+        const Layout layout = TypeAt(column).fLayout;
+        if (layout != Layout::kBits && Of(column).IsCoded()) return ColumnForm::kEntries;
+        return layout == Layout::kDouble ? ColumnForm::kNumbers : ColumnForm::kArrays;
     }
 
-    void Codes(std::int32_t column, std::int32_t chunk, ArrowArray& out) const override {
-        const ColumnChunk rows = Rows(column, chunk);
-        auto parts = std::make_unique<ArrayParts>();
-        const std::int64_t nulls = AddValidity(rows, *parts);
-        std::visit([&](auto entries) { parts->Own(CodesOf(entries)); }, rows.fCodes.GetEntries());
-        FillArray(std::move(parts), rows.fRows, nulls, out);
+    CodeSpan Entries(std::int32_t column, std::int32_t chunk) const override {
+        return Of(column).Codes(chunk, Buffer(column));
     }
 
-    void Texts(std::int32_t column, ArrowArray& out) const override {
-        const std::vector<std::string>& texts = Of(column).Categories().Strings();
+    std::span<const double> Numbers(std::int32_t column, std::int32_t chunk) const override {
+        return Of(column).Numbers(chunk, Buffer(column));
+    }
+
+    void Values(std::int32_t column, ArrowArray& out) const override {
+        const ColumnCategories& categories = Of(column).Categories();
         auto parts = std::make_unique<ArrayParts>();
         parts->Own({});
-        AddTexts(
-            TypeAt(column).fLayout, texts.size(), [&](std::size_t at) { return &texts[at]; },
-            *parts);
-        FillArray(std::move(parts), static_cast<std::int64_t>(texts.size()), 0, out);
+        if (IsText(column)) {
+            const std::vector<std::string>& texts = categories.Strings();
+            AddTexts(
+                TypeAt(column).fLayout, texts.size(), [&](std::size_t at) { return &texts[at]; },
+                *parts);
+        } else {
+            ColumnChunk numbers;
+            numbers.fRows = categories.Count();
+            numbers.fNumbers = categories.Numbers();
+            AddNumbers(numbers, TypeAt(column), *parts);
+        }
+        FillArray(std::move(parts), categories.Count(), 0, out);
     }
 
     bool IsScattered(std::int32_t column) const override {
@@ -375,8 +383,12 @@ class Columns final : public ArrowColumns {
         return fvTypes[static_cast<std::size_t>(column)];
     }
 
+    ColumnBuffer& Buffer(std::int32_t column) const {
+        return fvBuffers[static_cast<std::size_t>(column)];
+    }
+
     ColumnChunk Rows(std::int32_t column, std::int32_t chunk) const {
-        return Of(column).Chunk(chunk, fvBuffers[static_cast<std::size_t>(column)]);
+        return Of(column).Chunk(chunk, Buffer(column));
     }
 
     const DataSet& fData;

@@ -3,13 +3,22 @@
 
 #include <cstdint>
 #include <iosfwd>
+#include <span>
 #include <string>
 
 #include "embedded/data/ArrowCData.h"
+#include "embedded/data/Column.h"
 
 namespace embedded {
 
-/// Columns that a file of columns takes one by one, in chunks of the same rows. Different columns
+/// How the rows of a column may be taken beside arrays.
+enum class ColumnForm {
+    kArrays,   // only so
+    kEntries,  // as entries of a dictionary
+    kNumbers   // as the doubles that they are
+};
+
+/// Columns that a file of columns takes one by one, in chunks of kChunkRows rows. Different columns
 /// may be asked for by different threads. What is given out is valid until the same column is asked
 /// again.
 class ArrowColumns {
@@ -17,15 +26,17 @@ class ArrowColumns {
     virtual ~ArrowColumns() = default;
     /// A struct of all columns, as a reader of the file is to see it.
     virtual void Schema(ArrowSchema& out) const = 0;
+    virtual std::int64_t RowCount() const = 0;
     virtual std::int32_t ColumnCount() const = 0;
     virtual std::int32_t ChunkCount() const = 0;
     virtual void Chunk(std::int32_t column, std::int32_t chunk, ArrowArray& out) const = 0;
-    /// True when a column of texts may be taken as well through Codes and Texts: the places of the
-    /// chunk's texts, in an unsigned integer of so many bytes, and all texts.
     virtual bool IsText(std::int32_t column) const = 0;
-    virtual std::int32_t CodeBytes(std::int32_t column) const = 0;
-    virtual void Codes(std::int32_t column, std::int32_t chunk, ArrowArray& out) const = 0;
-    virtual void Texts(std::int32_t column, ArrowArray& out) const = 0;
+    virtual ColumnForm FormOf(std::int32_t column) const = 0;
+    /// Of kEntries: the chunk's entries, and the values that they stand for, in ascending order.
+    virtual CodeSpan Entries(std::int32_t column, std::int32_t chunk) const = 0;
+    virtual void Values(std::int32_t column, ArrowArray& out) const = 0;
+    /// Of kNumbers: MCMV::gMissingValue where there is none.
+    virtual std::span<const double> Numbers(std::int32_t column, std::int32_t chunk) const = 0;
     /// True when so many values of the column differ that a table of them is of no use.
     virtual bool IsScattered(std::int32_t column) const = 0;
 };

@@ -1,37 +1,47 @@
 #include "embedded/data/SaveDataSet.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <optional>
 #include <ostream>
+#include <span>
 #include <string_view>
 #include <system_error>
-#include <utility>
+#include <variant>
 #include <vector>
 
 #include "embedded/data/ArrowExport.h"
 #include "embedded/data/CellText.h"
 #include "embedded/data/FileWriters.h"
+#include "embedded/threads/ParallelTasks.h"
 #include "host/Assertion.h"
 
 namespace embedded {
 namespace {
 
-std::string Number(double value) {
+void AppendNumber(double value, std::string& text) {
     constexpr double kWhole = 1e15;  // whole numbers below have all their digits
     constexpr double kSmall = 1e-5;
     const double size = std::abs(value);
     const bool fixed = size < kWhole && (size >= kSmall || value == 0.0);
-    std::array<char, 64> buffer{};
+    std::array<char, 64> buffer;
     char* const end = buffer.data() + buffer.size();
     const auto result = fixed ? std::to_chars(buffer.data(), end, value, std::chars_format::fixed)
                               : std::to_chars(buffer.data(), end, value);
     PREDSEL_ASSERT(result.ec == std::errc(), "every double has a text of 64 characters");
-    return {buffer.data(), result.ptr};
+    text.append(buffer.data(), result.ptr);
+}
+
+std::string Number(double value) {
+    std::string text;
+    AppendNumber(value, text);
+    return text;
 }
 
 using Parser = std::optional<double> (*)(std::string_view);
@@ -74,34 +84,62 @@ std::string NumberCell(ColumnKind kind, double value) {
     }
 }
 
+// Rows of a chunk are formatted side by side, in pieces, and written in order.
 class TextWriter {
  public:
-    TextWriter(const DataSet& data, char delimiter, std::ostream& file)
-        : fData(data), fDelimiter(delimiter), fFile(file) {}
+    TextWriter(const DataSet& data, char delimiter, std::ostream& file, std::int32_t threads)
+        : fData(data),
+          fDelimiter(delimiter),
+          fFile(file),
+          fThreads(threads),
+          fvCells(static_cast<std::size_t>(data.ColumnCount())),
+          fvLines(kChunkRows / kPieceRows) {}
 
     void Write() {
+        std::string header;
         for (std::int32_t i = 0; i < fData.ColumnCount(); ++i) {
-            fLine += i == 0 ? "" : std::string(1, fDelimiter);
-            fLine += Text(fData.Variable(i).GetName());
+            header += i == 0 ? "" : std::string(1, fDelimiter);
+            header += Text(fData.Variable(i).GetName());
         }
-        fLine += '\n';
-        // Distinct texts are quoted once.
-        fvTexts.resize(static_cast<std::size_t>(fData.ColumnCount()));
-        for (std::int32_t i = 0; i < fData.ColumnCount(); ++i) {
-            if (fData.GetColumn(i).IsNumeric()) continue;
-            for (const std::string& text : fData.GetColumn(i).Categories().Strings()) {
-                fvTexts[static_cast<std::size_t>(i)].push_back(Text(text));
-            }
-        }
+        fFile << header << '\n';
+        ForEachColumn([this](std::size_t i) { FormatCategories(i); });
         const std::int64_t rows = fData.RowCount();
-        for (std::int32_t chunk = 0; std::int64_t{chunk} * kChunkRows < rows; ++chunk) {
-            WriteChunk(chunk);
+        for (std::int64_t first = 0; first < rows && fFile; first += kChunkRows) {
+            WriteChunk(first / kChunkRows, std::min<std::int64_t>(kChunkRows, rows - first));
         }
-        fFile << fLine;
         fFile.flush();
     }
 
  private:
+    static constexpr std::int64_t kPieceRows = 4096;
+
+    // A column and the chunk that is being written.
+    struct ColumnCells {
+        std::vector<std::string> fvTexts;  // of a column that is held as codes, by category
+        ColumnBuffer fBuffer;
+        CodeSpan::Entries fEntries;
+        std::span<const double> fNumbers;
+    };
+
+    void ForEachColumn(const std::function<void(std::size_t)>& task) const {
+        RunTasks(fThreads, fData.ColumnCount(),
+                 [&task](std::int32_t i) { task(static_cast<std::size_t>(i)); });
+    }
+    const Column& ColumnAt(std::size_t i) const {
+        return fData.GetColumn(static_cast<std::int32_t>(i));
+    }
+
+    // Distinct values are formatted once.
+    void FormatCategories(std::size_t i) {
+        if (!ColumnAt(i).IsCoded()) return;
+        const ColumnCategories& categories = ColumnAt(i).Categories();
+        std::vector<std::string>& texts = fvCells[i].fvTexts;
+        for (const std::string& text : categories.Strings()) texts.push_back(Text(text));
+        for (const double number : categories.Numbers()) {
+            texts.push_back(NumberCell(fData.Kind(static_cast<std::int32_t>(i)), number));
+        }
+    }
+
     // Quoted where it would be read as something else: a string of nothing is no missing value,
     // and blanks around a text belong to it.
     std::string Text(const std::string& text) const {
@@ -117,44 +155,66 @@ class TextWriter {
         return quoted + '"';
     }
 
-    void WriteChunk(std::int32_t index) {
-        std::vector<ColumnChunk> chunks;
-        for (std::int32_t i = 0; i < fData.ColumnCount(); ++i) {
-            chunks.push_back(fData.GetColumn(i).Chunk(index));
+    void WriteChunk(std::int64_t chunk, std::int64_t rows) {
+        ForEachColumn([this, index = static_cast<std::int32_t>(chunk)](std::size_t i) {
+            ColumnCells& cells = fvCells[i];
+            if (ColumnAt(i).IsCoded()) {
+                cells.fEntries = ColumnAt(i).Codes(index, cells.fBuffer).GetEntries();
+            } else {
+                cells.fNumbers = ColumnAt(i).Numbers(index, cells.fBuffer);
+            }
+        });
+        const auto pieces = static_cast<std::int32_t>((rows + kPieceRows - 1) / kPieceRows);
+        RunTasks(fThreads, pieces, [this, rows](std::int32_t piece) {
+            const std::int64_t first = piece * kPieceRows;
+            FormatRows(static_cast<std::size_t>(first),
+                       static_cast<std::size_t>(std::min(first + kPieceRows, rows)),
+                       fvLines[static_cast<std::size_t>(piece)]);
+        });
+        for (std::int32_t piece = 0; piece < pieces && fFile; ++piece) {
+            fFile << fvLines[static_cast<std::size_t>(piece)];
         }
-        for (std::int32_t row = 0; row < chunks.front().fRows; ++row) {
-            for (std::size_t i = 0; i < chunks.size(); ++i) {
-                if (i > 0) fLine += fDelimiter;
-                if (chunks[i].IsValid(row)) {
-                    AppendCell(chunks[i], i, row);
-                } else if (chunks.size() == 1) {
-                    fLine += "\"\"";  // an empty line would be no case
+    }
+
+    void FormatRows(std::size_t first, std::size_t end, std::string& lines) const {
+        lines.clear();
+        for (std::size_t row = first; row < end; ++row) {
+            for (std::size_t i = 0; i < fvCells.size(); ++i) {
+                if (i > 0) lines += fDelimiter;
+                if (!AppendCell(i, row, lines) && fvCells.size() == 1) {
+                    lines += "\"\"";  // an empty line would be no case
                 }
             }
-            fLine += '\n';
-            if (fLine.size() > kBuffer) {
-                fFile << std::exchange(fLine, "");
-                if (!fFile) return;
-            }
+            lines += '\n';
         }
     }
 
-    void AppendCell(const ColumnChunk& chunk, std::size_t column, std::int32_t row) {
-        const auto at = static_cast<std::size_t>(row);
-        if (chunk.fNumbers.empty()) {
-            fLine += fvTexts[column][chunk.fCodes[at]];
+    // False for a missing value.
+    bool AppendCell(std::size_t i, std::size_t row, std::string& lines) const {
+        const ColumnCells& cells = fvCells[i];
+        if (ColumnAt(i).IsCoded()) {
+            const std::size_t entry = std::visit(
+                [row](const auto entries) { return std::size_t{entries[row]}; }, cells.fEntries);
+            if (entry > 0) lines += cells.fvTexts[entry - 1];
+            return entry > 0;
+        }
+        const double number = cells.fNumbers[row];
+        if (number == MCMV::gMissingValue) return false;
+        const ColumnKind kind = fData.Kind(static_cast<std::int32_t>(i));
+        if (kind == ColumnKind::kNumber) {
+            AppendNumber(number, lines);
         } else {
-            fLine += NumberCell(fData.Kind(static_cast<std::int32_t>(column)), chunk.fNumbers[at]);
+            lines += NumberCell(kind, number);
         }
+        return true;
     }
-
-    static constexpr std::size_t kBuffer = std::size_t{1} << 20;
 
     const DataSet& fData;
     char fDelimiter;
     std::ostream& fFile;
-    std::string fLine;                              // not written yet
-    std::vector<std::vector<std::string>> fvTexts;  // by column and category
+    std::int32_t fThreads;
+    std::vector<ColumnCells> fvCells;  // by column
+    std::vector<std::string> fvLines;  // by piece of the chunk
 };
 
 [[noreturn]] void Fail(const std::string& name, int reason) {
@@ -185,7 +245,7 @@ void SaveDataSet(const DataSet& data, SaveFormat format, std::ostream& file,
                  const std::string& name, std::int32_t threads) {
     if (format == SaveFormat::kCsv || format == SaveFormat::kTsv) {
         errno = 0;
-        TextWriter(data, format == SaveFormat::kCsv ? ',' : '\t', file).Write();
+        TextWriter(data, format == SaveFormat::kCsv ? ',' : '\t', file, threads).Write();
     } else {
         errno = 0;
         if (format == SaveFormat::kParquet) {

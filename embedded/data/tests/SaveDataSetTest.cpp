@@ -20,15 +20,17 @@
 #include "embedded/data/Describe.h"
 #include "embedded/data/OpenDataSet.h"
 #include "embedded/data/tests/TemporaryFiles.h"
+#include "tests/support/RandomSeed.h"
 
 namespace embedded {
 namespace {
 
 using MCMV::gMissingValue;
 
-std::string Saved(const DataSet& data, SaveFormat format = SaveFormat::kCsv) {
+std::string Saved(const DataSet& data, SaveFormat format = SaveFormat::kCsv,
+                  std::int32_t threads = 0) {
     std::ostringstream file;
-    SaveDataSet(data, format, file, "memory");
+    SaveDataSet(data, format, file, "memory", threads);
     return file.str();
 }
 
@@ -279,6 +281,72 @@ TEST_P(RoundTrip, AnythingSavedTwiceIsTheSameBytes) {
     const DataSet data = Everything();
     const SaveFormat format = SaveFormatOf(std::string("x") + GetParam());
     EXPECT_EQ(Saved(data, format), Saved(data, format));
+}
+
+// Columns of all forms in which they are held, in runs and mixed, with and without missing values.
+DataSet ManyForms(std::mt19937& random, std::int32_t rows) {
+    const auto count = static_cast<std::size_t>(rows);
+    const auto numbers = [&](std::uint32_t kinds, std::uint32_t missingOneIn, std::uint32_t run,
+                             double unit) {
+        std::vector<double> values(count, gMissingValue);
+        double last = 0;
+        for (std::size_t row = 0; row < count; ++row) {
+            if (row % run == 0) last = static_cast<double>(random() % kinds) * unit;
+            if (missingOneIn == 0 || random() % missingOneIn != 0) values[row] = last;
+        }
+        return values;
+    };
+    const auto texts = [&](std::uint32_t kinds, std::uint32_t missingOneIn) {
+        std::vector<std::optional<std::string>> values(count);
+        for (auto& value : values) {
+            if (missingOneIn == 0 || random() % missingOneIn != 0) {
+                value = "t" + std::to_string(random() % kinds);
+            }
+        }
+        return values;
+    };
+    return DataSetBuilder()
+        .Numbers("one", numbers(1, 0, 1, 1))
+        .Numbers("two", numbers(2, 20, 1, 0.5))
+        .Numbers("runs", numbers(200, 0, 70, 1))
+        .Numbers("some", numbers(250, 3, 1, 1))
+        .Numbers("scale", numbers(1U << 31, 50, 1, 0.001))
+        .Numbers("full", numbers(1U << 31, 0, 1, -0.25))
+        .Numbers("thousand", numbers(1000, 10, 1, 0.125))
+        .Numbers("none", std::vector<double>(count, gMissingValue))
+        .Strings("few", texts(3, 10))
+        .Strings("many", texts(3000, 4))
+        .Strings("own", texts(1U << 31, 7))
+        .Strings("nothing", std::vector<std::optional<std::string>>(count))
+        .Numbers("date", numbers(100, 10, 3, 1))
+        .Kind(ColumnKind::kDate)
+        .Numbers("time", numbers(86400, 10, 1, 1))
+        .Kind(ColumnKind::kTime)
+        .Numbers("instant", numbers(1U << 31, 10, 1, 0.5))
+        .Kind(ColumnKind::kDateTime)
+        .Numbers("flag", numbers(2, 10, 1, 1))
+        .Kind(ColumnKind::kBoolean)
+        .Build();
+}
+
+TEST_P(RoundTrip, EveryFormOfColumnIsReadAsItWas) {
+    const std::uint32_t seed = testsupport::RandomSeed();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    for (const std::int32_t rows : {1, 7, 8, 100, 3000, 2 * kChunkRows + 9}) {
+        SCOPED_TRACE(rows);
+        const DataSet data = ManyForms(random, rows);
+        ExpectSameValues(data, Again(data, true));
+    }
+}
+
+TEST_P(RoundTrip, ThreadsDoNotShowInTheFile) {
+    const std::uint32_t seed = testsupport::RandomSeed();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    const DataSet data = ManyForms(random, 3 * kChunkRows + 1);
+    const SaveFormat format = SaveFormatOf(std::string("x") + GetParam());
+    EXPECT_TRUE(Saved(data, format, 1) == Saved(data, format, 4));
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, RoundTrip, testing::Values(".csv", ".tsv", ".parquet", ".arrow"));
