@@ -5,13 +5,13 @@ import re
 import numpy
 import pytest
 from conftest import CHURN, DONE, PENGUINS, WRONG_USE, program
+from test_state_formats import state_of
 
 TABLES = {"penguins": (PENGUINS, "species"), "churn": (CHURN, "churn")}
 
 
 def outputs_of(folder, command, table, target, *options):
-    """All that a run writes, by name. Paths are the same in every run: reports may tell them. A state is
-    not among it: that of the screening engine holds the processor time that it took."""
+    """All that a run writes but for a state, by name. Paths are the same in every run: reports may tell them."""
     paths = {"--html": folder / "r.html", "--json": folder / "r.json"}
     if command == "bayes":
         paths |= {"--save": folder / "r.csv", "--pmml": folder / "r.xml"}
@@ -60,6 +60,47 @@ def test_outputs_of_a_long_table_do_not_depend_on_threads(tmp_path, long_table, 
     command, *further = options
     one = outputs_of(tmp_path, command, long_table, "y", *further, "--threads", "1")
     assert outputs_of(tmp_path, command, long_table, "y", *further, "--threads", "3") == one
+
+
+def engine_of(folder, table, command, *options):
+    """Header and engine's bytes of the state that a command leaves, but for the processor seconds of a
+    screening, which are no result."""
+    path = folder / "engine.state"
+    result = program(command, "--data", table, "--target", "y", "--state", path, "--quiet", *options)
+    assert result.returncode == DONE, result.stderr
+    header, state = state_of(path)
+    if command == "select":
+        seconds = state.index(b"PRSET") + len(b"PRSET") + 2 * 4
+        state = state[:seconds] + state[seconds + 8:]
+    return header, state
+
+
+@pytest.mark.parametrize("options", [
+    ["select"], ["select", "--weight", "w"], ["bayes", "--timer", "0"], ["bayes", "--no-selection"],
+    ["bayes", "--train-percent", "60", "--timer", "0"],
+])
+def test_states_of_a_long_table_do_not_depend_on_threads(tmp_path, long_table, options):
+    assert engine_of(tmp_path, long_table, *options, "--threads", "2") == \
+        engine_of(tmp_path, long_table, *options, "--threads", "1")
+
+
+def classifier_by(folder, table, command, *options):
+    """The model and the scored table of a NAIVEBAYES command."""
+    paths = {"--pmml": folder / "model.xml", "--save": folder / "scored.csv"}
+    result = program("run", "-c", command.replace("MODEL", f"MODEL='{paths['--pmml']}'"), "--data", table,
+                     "--save", paths["--save"], "--quiet", *options)
+    assert result.returncode == DONE, result.stderr
+    return [re.sub(rb"<Timestamp>[^<]*", b"<Timestamp>", path.read_bytes()) for path in paths.values()]
+
+
+def test_records_in_a_temporary_file_give_the_model_of_those_in_memory(tmp_path, long_table):
+    """The one choice is between a predictor that tells of the target and one that does not, as drawn records,
+    which differ from those in the file, decide it."""
+    command = ("NAIVEBAYES y BY c5 WITH x0 /FORCE FACTORS=(c0 c1 c2) COVARIATES=(x3) /SUBSET EXACTSIZE=1"
+               " /CRITERIA MEMALLOCATE={} TIMER=0 /SAVE PREDVAL PREDPROB /OUTFILE MODEL;")
+    kept = classifier_by(tmp_path, long_table, command.format(1_000_000))
+    for threads in ["1", "2"]:
+        assert classifier_by(tmp_path, long_table, command.format(4), "--threads", threads) == kept
 
 
 @pytest.mark.parametrize("table", TABLES)
