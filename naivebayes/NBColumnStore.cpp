@@ -23,6 +23,12 @@ void NBColumnStore::Clear() {
     fNext = 0;
 }
 
+void NBColumnStore::Reserve(std::size_t count) {
+    fTarget.Reserve(count);
+    if (fbWeighted) NBEntryColumn::ReserveOf(fvWeights, count);
+    for (NBEntryColumn& input : fvInputs) input.Reserve(count);
+}
+
 void NBColumnStore::SetCount() { fCount = fTarget.Size(); }
 
 void NBColumnStore::CopyRows(std::vector<double>& rowsOut) const {

@@ -21,6 +21,8 @@ class NBColumnStore : public MCCommon::MultiPassRecordIter, public MCCommon::Rec
 
     /// No records.
     void Clear();
+    /// Makes room for so many records.
+    void Reserve(std::size_t count);
     // Of these columns the filler keeps the length the same, and calls SetCount after that. Reading
     // goes on behind what was read.
     NBEntryColumn& Target() { return fTarget; }

@@ -36,6 +36,16 @@ class NBEntryColumn {
     std::size_t Size() const {
         return std::visit([](const auto& entries) { return entries.size(); }, fvEntries);
     }
+    /// Makes room for so many entries, a million at most: whoever expects more may be wrong.
+    void Reserve(std::size_t size) {
+        std::visit([size](auto& entries) { ReserveOf(entries, size); }, fvEntries);
+    }
+    /// The same for any values by rows.
+    template <class Value>
+    static void ReserveOf(std::vector<Value>& values, std::size_t size) {
+        constexpr std::size_t kMost = std::size_t{1} << 20;
+        values.reserve(std::min(size, kMost));
+    }
     void Resize(std::size_t size) {
         std::visit([size](auto& entries) { entries.resize(size); }, fvEntries);
     }

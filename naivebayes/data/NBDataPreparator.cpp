@@ -203,6 +203,7 @@ NBStatus NBDataPreparator::PrepareRecords(MCCommon::RecordIterator& source, std:
     std::unique_ptr<MCCommon::MultiPassRecordIter> memory;
     if (auto* const blocks = dynamic_cast<MCCommon::RecordBlockSource*>(&source)) {
         auto columns = std::make_unique<NBColumnStore>(MakeColumnStore(blocks->GetExecutor()));
+        if (inMemory) columns->Reserve(static_cast<std::size_t>(std::max(numRecords, 0)));
         std::vector<double> rows;
         PrepareBlocks(source, *blocks, numRecords, *columns, [&] {
             if (file == nullptr) {
