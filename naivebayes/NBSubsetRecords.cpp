@@ -20,11 +20,13 @@ constexpr std::size_t kPieceRecords = 1024;
 constexpr std::size_t kShortestRun = 32;
 constexpr std::size_t kEmpty = static_cast<std::size_t>(-1);
 
-/// A product whose scaled form lost this many powers of 2 may underflow with the next predictor.
-constexpr std::int32_t kNearUnderflow = -1000 - NBSubsetModel::kLowestExponent;
-/// Of a scaled product's entries those below this have no part in any sum, not even when the
-/// largest falls as far as it may; they would only slow the arithmetic down.
-constexpr double kNothing = 0x1p-900;
+/// A scaled product's entries below this power of 2 are let go; they would only slow the arithmetic
+/// down.
+constexpr std::int32_t kNothingExponent = -900;
+/// A product whose scaled form lost this many powers of 2 is near underflow. While it did not, an
+/// entry that was let go has no part in any sum: it is still below 2^-64 of the largest when the
+/// next predictor takes that as far down as it may.
+constexpr std::int32_t kNearUnderflow = kNothingExponent + 64 - NBSubsetModel::kLowestExponent;
 
 std::int32_t ExponentOf(double positive) {
     return static_cast<std::int32_t>(std::bit_cast<std::uint64_t>(positive) >> 52) - 1023;
@@ -52,14 +54,17 @@ NBSubsetRecords::NBSubsetRecords(const NBSubsetModel& model, NBInterruptState& i
     Clear();
 }
 
-void NBSubsetRecords::Clear() {
+void NBSubsetRecords::Clear(std::size_t numExpected) {
     fNumRecords = 0;
     fNumSlots = 0;
     fvColumns.clear();
     for (std::size_t table = 0; table < fModel.GetNumTables(); ++table) {
-        fvColumns.emplace_back(fModel.GetNumCategories(table));
+        // With the empty slots behind the last record.
+        fvColumns.emplace_back(fModel.GetNumCategories(table)).Reserve(RoundUp(numExpected));
     }
     fvShares.clear();
+    NBEntryColumn::ReserveOf(fvShares, numExpected);
+    fvSlots.clear();
     fvPieces.clear();
 }
 
@@ -130,6 +135,10 @@ void NBSubsetRecords::Arrange() {
             }
         };
         permute(fvShares);
+        fvSlots.resize(fNumRecords);
+        for (std::size_t slot = 0; slot < order.size(); ++slot) {
+            if (order[slot] != kEmpty) fvSlots[order[slot]] = static_cast<std::uint32_t>(slot);
+        }
         for (NBEntryColumn& column : fvColumns) {
             if (column.Size() > 0) std::visit(permute, column.GetEntries());
         }
@@ -247,6 +256,7 @@ void NBSubsetRecords::Join(std::int32_t table) {
 void NBSubsetRecords::JoinPiece(Piece& piece, std::size_t table) {
     const std::size_t stride = fModel.GetStride();
     const double* const rows = fModel.GetRows(table);
+    const double nothing = PowerOfTwo(kNothingExponent);
     std::visit(
         [&](const auto& entries) {
             double* product = fvProducts[piece.fFirst * fModel.GetWidth()].fValues;
@@ -262,7 +272,7 @@ void NBSubsetRecords::JoinPiece(Piece& piece, std::size_t table) {
                 const double scale = PowerOfTwo(-exponent);
                 for (std::size_t k = 0; k < stride; ++k) {
                     const double scaled = product[k] * scale;
-                    product[k] = scaled < kNothing ? 0.0 : scaled;
+                    product[k] = scaled < nothing ? 0.0 : scaled;
                 }
                 fvExponents[slot] += exponent;
                 piece.fExponent += exponent;
@@ -335,28 +345,44 @@ void NBSubsetRecords::ScorePiece(const Piece& piece, const std::vector<std::int3
 void NBSubsetRecords::ScorePlainly(const Piece& piece, const std::vector<std::int32_t>& selected,
                                    const std::vector<std::int32_t>& candidates,
                                    double* scores) const {
-    const std::vector<double>& priors = fModel.GetPriors();
-    const std::size_t stride = fModel.GetStride();
-    const auto rowOf = [this, stride](std::int32_t table, std::size_t slot) {
-        const auto at = static_cast<std::size_t>(table);
-        return fModel.GetRows(at) + fvColumns[at][slot] * stride;
-    };
-    std::vector<double> product(priors.size());
+    std::vector<double> product(fModel.GetNumTargets());
     for (std::size_t slot = piece.fFirst; slot < piece.fFirst + piece.fCount; ++slot) {
-        std::fill(product.begin(), product.end(), 1.0);
-        for (const std::int32_t table : selected) {
-            const double* const row = rowOf(table, slot);
-            for (std::size_t k = 0; k < product.size(); ++k) product[k] *= row[k];
-        }
         const double share = piece.fbMixed ? fvShares[slot] : piece.fShare;
-        for (std::size_t c = 0; c < candidates.size(); ++c) {
-            const double* const row =
-                candidates[c] < 0 ? fModel.GetRows(0) : rowOf(candidates[c], slot);
-            double sum = 0.0;
-            for (std::size_t k = 0; k < product.size(); ++k) {
-                sum += product[k] * row[k] * priors[k];
-            }
-            scores[c] += share * std::log(sum);
-        }
+        ScoreSlot(slot, share, selected, candidates, product, scores);
+    }
+}
+
+void NBSubsetRecords::ScoreSlot(std::size_t slot, double share,
+                                const std::vector<std::int32_t>& selected,
+                                const std::vector<std::int32_t>& candidates,
+                                std::vector<double>& product, double* scores) const {
+    const std::vector<double>& priors = fModel.GetPriors();
+    const auto rowOf = [this, slot](std::int32_t table) {
+        const auto at = static_cast<std::size_t>(table);
+        return fModel.GetRows(at) + fvColumns[at][slot] * fModel.GetStride();
+    };
+    std::fill(product.begin(), product.end(), 1.0);
+    for (const std::int32_t table : selected) {
+        const double* const row = rowOf(table);
+        for (std::size_t k = 0; k < product.size(); ++k) product[k] *= row[k];
+    }
+    for (std::size_t c = 0; c < candidates.size(); ++c) {
+        const double* const row = candidates[c] < 0 ? fModel.GetRows(0) : rowOf(candidates[c]);
+        double sum = 0.0;
+        for (std::size_t k = 0; k < product.size(); ++k) sum += product[k] * row[k] * priors[k];
+        scores[c] += share * std::log(sum);
+    }
+}
+
+void NBSubsetRecords::ScoreInOrder(const std::vector<std::int32_t>& selected,
+                                   const std::vector<std::int32_t>& candidates,
+                                   std::vector<double>& scoresOut) {
+    scoresOut.assign(candidates.size(), 0.0);
+    std::vector<double> product(fModel.GetNumTargets());
+    for (std::size_t i = 0; i < fNumRecords; ++i) {
+        if (i % kPieceRecords == 0 && fInterrupt.IsStopped()) return;
+        const std::size_t slot = fvSlots.empty() ? i : fvSlots[i];
+        const double share = fvSlots.empty() ? fvPieces.front().fShare : fvShares[slot];
+        ScoreSlot(slot, share, selected, candidates, product, scoresOut.data());
     }
 }

@@ -34,8 +34,8 @@ class NBSubsetRecords {
     NBSubsetRecords(const NBSubsetModel& model, NBInterruptState& interrupt,
                     MCCommon::BlockExecutor* executor);
 
-    /// No records, the empty subset.
-    void Clear();
+    /// No records, the empty subset. numExpected: makes room for so many.
+    void Clear(std::size_t numExpected = 0);
     /// Appends a record. positions: where the code of each table stands in it; a table at -1 may
     /// not be asked for.
     void Add(const MCCommon::Record& record, const std::vector<std::int32_t>& positions,
@@ -58,6 +58,10 @@ class NBSubsetRecords {
     /// equal scores. Left unfinished by an interrupt.
     void Score(const std::vector<std::int32_t>& selected,
                const std::vector<std::int32_t>& candidates, std::vector<double>& scoresOut);
+    /// The same record by record in the order of adding, a logarithm each: the sums that decide
+    /// between candidates whose scores differ by no more than rounding.
+    void ScoreInOrder(const std::vector<std::int32_t>& selected,
+                      const std::vector<std::int32_t>& candidates, std::vector<double>& scoresOut);
 
  private:
     /// Neighbouring records that are scored together.
@@ -82,6 +86,10 @@ class NBSubsetRecords {
                     const std::vector<std::int32_t>& candidates, double* scores) const;
     void ScorePlainly(const Piece& piece, const std::vector<std::int32_t>& selected,
                       const std::vector<std::int32_t>& candidates, double* scores) const;
+    /// Adds share * Q of one record to the scores, from its codes. product: a number a target.
+    void ScoreSlot(std::size_t slot, double share, const std::vector<std::int32_t>& selected,
+                   const std::vector<std::int32_t>& candidates, std::vector<double>& product,
+                   double* scores) const;
     /// Calls visit(piece, its number in the round) for all pieces, side by side, and between the
     /// rounds begin(pieces of the round) before and finish(the same) after it, until interrupted.
     /// cost: row products a record.
@@ -94,7 +102,8 @@ class NBSubsetRecords {
     std::size_t fNumRecords = 0;
     std::size_t fNumSlots = 0;             // those of a piece begin at a multiple of four
     std::vector<NBEntryColumn> fvColumns;  // a table each; by slot once arranged
-    std::vector<double> fvShares;          // by slot
+    std::vector<double> fvShares;          // by slot, none where all are the same
+    std::vector<std::uint32_t> fvSlots;    // by record, none where it is the record's number
     std::vector<Piece> fvPieces;
     std::vector<NBSubsetModel::Group> fvProducts;  // by slot, scaled: the largest is from 1 to 2
     std::vector<std::int32_t> fvExponents;         // by slot: product = scaled * 2^exponent

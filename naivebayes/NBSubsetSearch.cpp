@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <limits>
 #include <numeric>
 #include <utility>
 
@@ -124,8 +125,8 @@ void NBSubsetSearch::ForEachLot(MCCommon::MultiPassRecordIter& records, std::int
     auto* const blocks = dynamic_cast<MCCommon::RecordBlockSource*>(&records);
     std::int32_t numRead = 0;
     while (numRead < numRecords && records.HasMore() && !fInterrupt.IsStopped()) {
-        fRecords.Clear();
         const std::int32_t end = numRead + std::min(lot, numRecords - numRead);
+        fRecords.Clear(static_cast<std::size_t>(end - numRead));
         while (numRead < end && records.HasMore() && !fInterrupt.IsStopped()) {
             if (blocks != nullptr) {
                 constexpr std::int32_t kBlockRows = 65536;
@@ -209,22 +210,16 @@ std::int32_t NBSubsetSearch::ForwardSelect(std::int32_t maxSize,
         } else {
             ScoreOnSimulated(step, simulator);
         }
-        for (std::size_t c = 0; c < step.fvCandidates.size(); ++c) {
-            const auto table = static_cast<std::size_t>(step.fvCandidates[c]);
-            step.fvScores[c] += joint + fvPredictorLogLik[table];
-        }
-        // The first of equal ones. Intended: an infinite score wins like any other.
-        const auto best = std::max_element(step.fvScores.begin(), step.fvScores.end());
-        const auto candidate = step.fvCandidates.begin() + (best - step.fvScores.begin());
-        const std::int32_t winner = *candidate;
+        const std::size_t best = PickBest(step, joint);
+        const std::int32_t winner = step.fvCandidates[best];
         fvSelectedOrder.push_back(winner);
-        step.fvCandidates.erase(candidate);
+        step.fvCandidates.erase(step.fvCandidates.begin() + static_cast<std::ptrdiff_t>(best));
         step.fvSelected.insert(
             std::upper_bound(step.fvSelected.begin(), step.fvSelected.end(), winner), winner);
         if (fits && goesOn()) fRecords.Join(winner);
         joint += fvPredictorLogLik[static_cast<std::size_t>(winner)];
         const std::size_t size = fvSelectedOrder.size();
-        fvCriterionBySize[size - 1] = *best;
+        fvCriterionBySize[size - 1] = step.fvScores[best];
         // With records in memory nothing reads it.
         if (!fits) fvJointLogLikBySize[size - 1] = joint;
         if (pacing.IsDue()) {
@@ -234,6 +229,44 @@ std::int32_t NBSubsetSearch::ForwardSelect(std::int32_t maxSize,
         }
     }
     return fInterrupt.IsStopped() ? -1 : 0;
+}
+
+std::size_t NBSubsetSearch::PickBest(Step& step, double joint) {
+    const auto ownPart = [&](std::int32_t table) {
+        return joint + fvPredictorLogLik[static_cast<std::size_t>(table)];
+    };
+    for (std::size_t c = 0; c < step.fvCandidates.size(); ++c) {
+        step.fvScores[c] += ownPart(step.fvCandidates[c]);
+    }
+    // The first of equal ones. Intended: an infinite score wins like any other.
+    const auto firstHighest = [](const std::vector<double>& scores) {
+        return static_cast<std::size_t>(std::max_element(scores.begin(), scores.end()) -
+                                        scores.begin());
+    };
+    const std::size_t best = firstHighest(step.fvScores);
+    // Of drawn records the last lot alone is at hand.
+    const bool hasAll = !fbSimulated || fSettings.fNumSimulated <= kLotRecords;
+    if (!hasAll || !std::isfinite(step.fvScores[best])) return best;
+    // Half a unit of the sum a record, and some for the terms themselves.
+    const double roundings = static_cast<double>(fRecords.GetNumRecords()) + 64.0;
+    const auto doubt = [&](std::size_t c) {
+        const double part = std::abs(ownPart(step.fvCandidates[c]));
+        return roundings * std::numeric_limits<double>::epsilon() *
+               (1.0 + part + std::abs(step.fvScores[c]));
+    };
+    std::vector<std::size_t> places;
+    std::vector<std::int32_t> close;
+    for (std::size_t c = 0; c < step.fvCandidates.size(); ++c) {
+        // One that is no number is none of them.
+        if (!(step.fvScores[c] + doubt(c) >= step.fvScores[best] - doubt(best))) continue;
+        places.push_back(c);
+        close.push_back(step.fvCandidates[c]);
+    }
+    if (close.size() < 2) return best;
+    std::vector<double> scores;
+    fRecords.ScoreInOrder(step.fvSelected, close, scores);
+    for (std::size_t c = 0; c < close.size(); ++c) scores[c] += ownPart(close[c]);
+    return places[firstHighest(scores)];
 }
 
 void NBSubsetSearch::ScoreOnSimulated(Step& step, NBRecordSimulator& simulator) {

@@ -96,6 +96,11 @@ class NBSubsetSearch {
     /// L_j of every predictor and L_0, which it returns.
     double ComputeLogLikelihoods();
     void SplitByRole(Step& step);
+    /// The place among the candidates of the best one, that with the highest score, the first of
+    /// equal ones. Where rounding alone orders the best scores, sums in the order of the records
+    /// decide, so that regrouping leaves the choice as it is. Adds to the scores what no pass
+    /// takes.
+    std::size_t PickBest(Step& step, double joint);
     /// Draws the records of a step and scores the candidates on them.
     void ScoreOnSimulated(Step& step, NBRecordSimulator& simulator);
     /// A(S) of the sizes from the smallest to lastSize, on the training records.

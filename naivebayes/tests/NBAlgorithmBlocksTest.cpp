@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <random>
 #include <sstream>
 #include <string>
@@ -86,6 +87,37 @@ TEST(NBAlgorithmBlocks, BuildAndUpdateTheModelThatSingleRecordsGive) {
         }
         EXPECT_EQ(saved[0], saved[1]);
     }
+}
+
+TEST(NBAlgorithmBlocks, UpdateCountsThatAreNotWholeAsSingleRecordsDo) {
+    const auto seed = testsupport::RandomSeed();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    const RandomOriginals data(random, 3000, false);
+    CountedRecords single(data.fRecords);
+    const auto engine = Create(data.fList);
+    ASSERT_EQ(engine->BuildModel(single, 50), NBStatus());
+    // A state that was written elsewhere: a fraction joins the counts of each first category.
+    std::string state = SavedBinary(*engine);
+    constexpr std::size_t kHead = 28;  // of a table; a row then has its length
+    int numTables = 0;
+    for (std::size_t at = state.find("NBIN"); at != std::string::npos;
+         at = state.find("NBIN", at + 1), ++numTables) {
+        for (std::size_t k = 0; k < 2; ++k) {
+            char* const cell = state.data() + at + kHead + 4 + 16 * k;
+            double count = 0.0;
+            std::memcpy(&count, cell, sizeof count);
+            count += 0.01 + 0.1 * static_cast<double>(numTables);
+            std::memcpy(cell, &count, sizeof count);
+        }
+    }
+    ASSERT_EQ(numTables, 4);
+    BlockRecords blocks(data.fRecords, data.fColumns, 777);
+    const auto one = RestoredBinary(state);
+    const auto other = RestoredBinary(state);
+    ASSERT_EQ(one->UpdateModel(single, -1), NBStatus());
+    ASSERT_EQ(other->UpdateModel(blocks, -1), NBStatus());
+    EXPECT_EQ(SavedBinary(*one), SavedBinary(*other));
 }
 
 TEST(NBAlgorithmBlocks, SelectTheSubsetThatSingleRecordsSelect) {

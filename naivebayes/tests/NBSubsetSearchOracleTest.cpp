@@ -165,9 +165,33 @@ TEST_P(NBSubsetSearchOracleTest, TheTestCriterionIsTheMeanNegativeLogPosterior) 
     }));
 }
 
+class ManyTestRecordsOracleTest : public NBSubsetSearchOracleTest {};
+
+TEST_P(ManyTestRecordsOracleTest, TheTestCriterionIsTheMeanNegativeLogPosterior) {
+    const std::vector<SearchOracle::Row> rows = Rows(17000);
+    TrainedTables trained(fData);
+    NBSubsetSearch search = trained.MakeSearch();
+    const NBDataPreparator preparator(trained.fList, true, trained.NumRecords(),
+                                      trained.fInterrupt);
+    CountedRecords test = trained.Originals(rows);
+    Sizes selected;
+    std::vector<NBSubset> best;
+    ASSERT_TRUE(search
+                    .RunTestData(NumPredictors(), trained.fRecords, trained.NumRecords(), true,
+                                 test, -1, selected, best, 100, preparator)
+                    .IsOK());
+    const Sizes chain = trained.Predictors(selected);
+    for (const NBSubset& subset : best) {
+        EXPECT_NEAR(subset.fCriterion,
+                    -fData.Oracle().ConditionalLogLik(rows, Prefix(chain, subset.fSize)), 1e-12);
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Seeds, NBSubsetSearchOracleTest, testing::Range(1U, 61U),
                          [](const testing::TestParamInfo<std::uint32_t>& trial) {
                              return "Seed" + std::to_string(trial.param);
                          });
+
+INSTANTIATE_TEST_SUITE_P(Seeds, ManyTestRecordsOracleTest, testing::Range(1U, 4U));
 
 }  // namespace
