@@ -8,7 +8,7 @@ CellDictionary::CellDictionary(std::size_t texts) : fvEnds(1) { Resize(std::bit_
 
 std::uint32_t CellDictionary::Add(Slot slot, std::size_t at, const char* letters) {
     fLetters.append(letters, slot.fLength);
-    fvEnds.push_back(static_cast<std::uint32_t>(fLetters.size()));
+    fvEnds.push_back(fLetters.size());
     slot.fEntry = static_cast<std::uint32_t>(Count());
     fvSlots[at] = slot;
     if (2 * Count() > fvSlots.size()) {

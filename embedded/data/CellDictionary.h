@@ -13,7 +13,7 @@
 
 namespace embedded {
 
-/// Gives each distinct text a number in order of appearance, from 1. The texts hold no zero byte.
+/// Gives each distinct text a number in order of appearance, from 1.
 class CellDictionary {
     static constexpr std::uint32_t kKeyLetters = 16;
     struct Slot {
@@ -24,6 +24,9 @@ class CellDictionary {
     };
 
  public:
+    /// Letters that a look-up reads, however short the text is.
+    static constexpr std::uint32_t kLettersRead = kKeyLetters;
+
     /// Room for this many texts at first.
     explicit CellDictionary(std::size_t texts = 16);
 
@@ -37,7 +40,7 @@ class CellDictionary {
               fLastSlot(dictionary.fvSlots.size() - 1),
               fShift(dictionary.fShift) {}
 
-        /// The number of a text. Reads 16 bytes from `letters` on, whatever the length.
+        /// The number of a text. Reads kLettersRead bytes from `letters` on, whatever the length.
         std::uint32_t Entry(const char* letters, std::uint32_t length) {
             const Slot wanted = SlotFor(letters, length);
             std::size_t at = Place(wanted, fShift);
@@ -116,7 +119,7 @@ class CellDictionary {
     unsigned fShift = 0;
     std::vector<Slot> fvSlots;  // a power of two of them, at most half of them used
     std::string fLetters;
-    std::vector<std::uint32_t> fvEnds;  // in fLetters, by entry; the first is 0
+    std::vector<std::size_t> fvEnds;  // in fLetters, by entry; the first is 0
 };
 
 }  // namespace embedded

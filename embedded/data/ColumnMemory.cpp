@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <utility>
 
 #include "embedded/data/DataError.h"
 
@@ -20,16 +19,15 @@ std::int64_t HalfOfTheMachine() {
     return std::max<std::int64_t>(1, pages * bytes / 2);
 }
 
-std::string SystemFolder() {
+std::string TemporaryFolder() {
     const char* folder = std::getenv("TMPDIR");
     return folder != nullptr && *folder != '\0' ? folder : "/tmp";
 }
 
 }  // namespace
 
-ColumnMemory::ColumnMemory(std::int64_t limit, std::string folder)
-    : fLimit(limit > 0 ? limit : HalfOfTheMachine()),
-      fFolder(folder.empty() ? SystemFolder() : std::move(folder)) {}
+ColumnMemory::ColumnMemory(std::int64_t limit)
+    : fLimit(limit > 0 ? limit : HalfOfTheMachine()), fFolder(TemporaryFolder()) {}
 
 ColumnMemory::~ColumnMemory() {
     if (fFile >= 0) {
@@ -48,10 +46,11 @@ bool ColumnMemory::Take(std::int64_t bytes) {
 }
 
 void ColumnMemory::Fail(const char* what, int error) const {
-    throw DataError(DataError::Kind::kFile, "the data need more than the memory allowed (" +
-                                                std::to_string(fLimit / (1 << 20)) +
-                                                " MiB), and the temporary file in " + fFolder +
-                                                " " + what + ": " + std::strerror(error));
+    throw DataError(DataError::Kind::kFile,
+                    "the data need more than the memory allowed (" +
+                        std::to_string(fLimit / (1 << 20)) + " MiB), and the temporary file in " +
+                        fFolder + " " + what + ": " + std::strerror(error) +
+                        "; allow more with --memory, or set TMPDIR to a folder with room");
 }
 
 void ColumnMemory::OpenFile() {

@@ -14,8 +14,9 @@ namespace embedded {
 /// process ends. Any thread.
 class ColumnMemory {
  public:
-    /// limit in bytes; 0: half of what the machine has. An empty folder: TMPDIR, else /tmp.
-    explicit ColumnMemory(std::int64_t limit = 0, std::string folder = "");
+    /// limit in bytes; 0: half of what the machine has. The file is made when it is needed, in the
+    /// folder that TMPDIR names now, else in /tmp.
+    explicit ColumnMemory(std::int64_t limit = 0);
     ~ColumnMemory();
     ColumnMemory(const ColumnMemory&) = delete;
     ColumnMemory& operator=(const ColumnMemory&) = delete;

@@ -164,7 +164,8 @@ class TextReading {
         });
     }
 
-    // Numbers are written where they stay if they all have room in memory.
+    // Numbers are written where they stay if all that are foreseen have room in memory; others are
+    // counted when a section of them is complete.
     void PlaceNumbers() {
         const std::int64_t limit =
             fpMemory ? fpMemory->Limit() : std::numeric_limits<std::int64_t>::max();
@@ -174,9 +175,10 @@ class TextReading {
         }
         const bool fits = fSections.fRows == 0 || rowBytes < limit / 2 / fSections.fRows;
         for (CellReading& reading : fvReadings) {
-            fvNumbers.push_back(fits ? std::make_unique<NumericParts>(fvSectionRows, fpMemory)
-                                     : std::make_unique<NumericParts>(fpMemory));
-            reading.fbPlaced = fits;
+            reading.fbPlaced = fits && reading.fbStartsAsNumbers;
+            fvNumbers.push_back(reading.fbPlaced
+                                    ? std::make_unique<NumericParts>(fvSectionRows, fpMemory)
+                                    : std::make_unique<NumericParts>(fpMemory));
             reading.fpNumbers = fvNumbers.back().get();
         }
     }
@@ -244,7 +246,7 @@ class TextReading {
                 }
                 const std::string_view text = texts.Text(entry);
                 padded.assign(text);
-                padded.append(16, '\0');
+                padded.append(CellDictionary::kLettersRead, '\0');
                 const std::size_t before = met.Count();
                 met.Entry(padded.data(), static_cast<std::uint32_t>(text.size()));
                 if (met.Count() > before) {

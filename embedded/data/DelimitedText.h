@@ -69,7 +69,6 @@ class DelimitedText {
     std::string_view fScanned;
     TextDialect fDialect;
     std::int64_t fBodyLine = 0;  // on which the records start
-    bool fbEmpty = false;        // no header
     SectionedText fSections;
     std::vector<std::string> fvNames;
     std::vector<DataNote> fvNotes;

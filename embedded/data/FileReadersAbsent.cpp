@@ -25,11 +25,4 @@ ArrowStream ReadIpcStream(std::string_view /*bytes*/, const std::string& name) {
     Refuse(name, "Arrow streams");
 }
 
-ArrowStream ReadCells(std::string_view /*text*/, const TextDialect& /*dialect*/,
-                      std::int32_t /*columns*/, const std::vector<std::int32_t>& /*wanted*/,
-                      std::int64_t /*longestRecord*/, std::int32_t /*blockBytes*/,
-                      const std::string& name) {
-    Refuse(name, "delimited text");
-}
-
 }  // namespace embedded

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <limits>
 #include <map>
 #include <memory>
 #include <optional>
@@ -45,6 +46,16 @@ std::string JoinNumbers(const std::vector<std::size_t>& numbers) {
         text += std::to_string(numbers[i]);
     }
     return text;
+}
+
+// Cases are counted in 32 bits throughout.
+void CheckRowCount(std::int64_t rows, const std::string& source) {
+    constexpr std::int64_t kMostRows = std::numeric_limits<std::int32_t>::max();
+    if (rows > kMostRows) {
+        throw DataError(DataError::Kind::kContent, source + ": has more than " +
+                                                       std::to_string(kMostRows) +
+                                                       " records; split it into smaller files");
+    }
 }
 
 void CheckNames(const std::vector<std::string>& names, const std::string& source) {
@@ -299,6 +310,7 @@ DataSet ReadText(const SourceBytes& file, const std::string& source, const Table
                  const OpenOptions& options) {
     const DelimitedText table(file.Get(), options, source, &file);
     const std::vector<SchemaField> fields = FieldsOf(table, schema, source);
+    CheckRowCount(table.RowCount(), source);
     const RowPlace place = [&table](std::int64_t row) {
         return "line " + std::to_string(table.LineOfRow(row));
     };
@@ -313,8 +325,8 @@ DataSet ReadText(const SourceBytes& file, const std::string& source, const Table
                               : std::make_unique<TextColumn>(
                                     RulesFor(field, schema, options, table.Dialect().fDelimiter)));
     }
-    std::vector<DelimitedText::Outcome> outcomes = table.Read(
-        std::move(columns), std::make_shared<ColumnMemory>(options.fMemory, options.fTempPath));
+    std::vector<DelimitedText::Outcome> outcomes =
+        table.Read(std::move(columns), std::make_shared<ColumnMemory>(options.fMemory));
     for (std::size_t at = 0; at < outcomes.size(); ++at) {
         const SchemaField& field = fields[at];
         if (const auto& fault = outcomes[at].fFault) {
@@ -437,9 +449,10 @@ DataSet ReadBatches(const ArrowStream* stream, const ParquetFile* parquet,
                               IsUnusableType(fields[at]) ? fields[at].fType : TypeName(type));
         }
     }
-    const auto memory = std::make_shared<ColumnMemory>(options.fMemory, options.fTempPath);
+    const auto memory = std::make_shared<ColumnMemory>(options.fMemory);
     std::vector<std::optional<ReadColumn>> read(columns.size());
     if (parquet != nullptr) {
+        CheckRowCount(parquet->RowCount(), source);
         std::vector<bool> wanted;
         for (const auto& column : columns) {
             wanted.push_back(column != nullptr);
@@ -458,8 +471,11 @@ DataSet ReadBatches(const ArrowStream* stream, const ParquetFile* parquet,
         rest = parquet->Stream(fieldsOfBatch);
         stream = &*rest;
     }
+    std::int64_t rowsOfBatches = 0;
     for (OwnedArrowArray batch; stream != nullptr && stream->Next(batch);) {
         const ArrowArray& rows = batch.Get();
+        rowsOfBatches += rows.length;
+        CheckRowCount(rowsOfBatches, source);
         if (rows.n_children != static_cast<std::int64_t>(fieldsOfBatch.size())) {
             throw DataError(DataError::Kind::kContent,
                             source + ": a batch has another number of columns than the schema");

@@ -27,11 +27,9 @@ struct OpenOptions {
     std::int32_t fBlockBytes = 1 << 20;
     /// Threads to read with; 0: one a processor. No result depends on it.
     std::int32_t fThreads = 0;
-    /// Bytes that the columns may take in memory; what is beyond goes to a temporary file. 0: half
-    /// of what the machine has.
+    /// Bytes that the columns may take in memory; what is beyond goes to a temporary file in the
+    /// folder that TMPDIR names, else /tmp. 0: half of what the machine has.
     std::int64_t fMemory = 0;
-    /// The folder of that file; empty: TMPDIR, else /tmp.
-    std::string fTempPath;
 
     /// See DataSet::NominalMax.
     std::int32_t fNominalMax = 20;

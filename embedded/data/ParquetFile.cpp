@@ -8,6 +8,7 @@
 #include <parquet/arrow/schema.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cmath>
 #include <exception>
@@ -16,6 +17,7 @@
 #include <utility>
 #include <variant>
 
+#include "embedded/data/CellDictionary.h"
 #include "embedded/data/ColumnAssembly.h"
 #include "embedded/data/FileReadersArrow.h"
 #include "embedded/data/Utf8.h"
@@ -134,7 +136,8 @@ struct PageBuffer {
 
     Cells<std::int16_t> fvLevels = Cells<std::int16_t>(kRows);
     Cells<std::int32_t> fvPlaces = Cells<std::int32_t>(kRows + 1);
-    Cells<std::byte> fvRaw = Cells<std::byte>(kRows * sizeof(double));  // values of any type
+    // Values of any type.
+    Cells<std::byte> fvRaw = Cells<std::byte>(kRows * sizeof(parquet::ByteArray));
 };
 
 /// Reads one column of one row group.
@@ -200,13 +203,15 @@ class GroupColumn {
             const std::int64_t rows = pages.ReadBatchWithDictionary(
                 PageBuffer::kRows, fBuffer.fvLevels.data(), nullptr, fBuffer.fvPlaces.data(),
                 &valid, &dictionary, &length);
-            if (dictionary != nullptr) {
-                places.fDictionary = {dictionary, static_cast<std::size_t>(length)};
-                if (row == 0) {
-                    ForEntriesUpTo(places.fDictionary.size(), [&places](auto zero) {
-                        places.fEntries = Cells<decltype(zero)>();
-                    });
+            if (dictionary != nullptr && dictionary != places.fDictionary.data()) {
+                if (!places.fDictionary.empty()) {
+                    GiveUp();
                 }
+                places.fDictionary = {dictionary, static_cast<std::size_t>(length)};
+                // The rows so far, if there are any, are missing.
+                ForEntriesUpTo(places.fDictionary.size(), [&places, row](auto zero) {
+                    places.fEntries = Cells<decltype(zero)>(static_cast<std::size_t>(row), zero);
+                });
             }
             CheckBatch(row, rows, valid);
             TakePlaces(rows, valid, places.fDictionary.size(), places.fEntries);
@@ -270,18 +275,71 @@ class GroupColumn {
     void ReadTexts() {
         const auto pages = Pages<parquet::ByteArrayType>();
         if (!HavePlaces(*pages)) {
-            GiveUp();
+            return ReadPlainTexts(*pages);
         }
         Places<parquet::ByteArrayType> places = ReadPlaces(*pages);
         std::vector<std::string> values;
         values.reserve(places.fDictionary.size());
         for (const parquet::ByteArray& text : places.fDictionary) {
             values.emplace_back(reinterpret_cast<const char*>(text.ptr), text.len);
-            if (fColumn.fForm == PageForm::kText && !IsUtf8(values.back())) {
+        }
+        SetTexts(std::move(values), std::move(places.fEntries));
+    }
+
+    // Pages without a dictionary, or with one that became too long for the writer.
+    void ReadPlainTexts(parquet::TypedColumnReader<parquet::ByteArrayType>& pages) {
+        auto* const raw = reinterpret_cast<parquet::ByteArray*>(fBuffer.fvRaw.data());
+        CellDictionary texts;
+        Cells<std::uint32_t> entries;
+        while (pages.HasNext()) {
+            const auto row = static_cast<std::int64_t>(entries.size());
+            std::int64_t valid = 0;
+            const std::int64_t rows =
+                pages.ReadBatch(PageBuffer::kRows, fBuffer.fvLevels.data(), nullptr, raw, &valid);
+            CheckBatch(row, rows, valid);
+            entries.resize(static_cast<std::size_t>(row + rows));
+            std::int64_t next = 0;
+            CellDictionary::Probe probe(texts);
+            for (std::int64_t i = 0; i < rows; ++i) {
+                std::uint32_t& entry = entries[static_cast<std::size_t>(row + i)];
+                if (valid < rows && fBuffer.fvLevels[static_cast<std::size_t>(i)] != fMaxLevel) {
+                    entry = 0;
+                    continue;
+                }
+                if (next == valid) {
+                    GiveUp();
+                }
+                const parquet::ByteArray& text = raw[next++];
+                entry = text.len < CellDictionary::kLettersRead
+                            ? EntryOfShort(probe, text)
+                            : probe.Entry(reinterpret_cast<const char*>(text.ptr), text.len);
+            }
+            if (next != valid) {
                 GiveUp();
             }
         }
-        fColumn.fpTexts->SetCodes(fGroup, std::move(values), std::move(places.fEntries));
+        CheckEnd(static_cast<std::int64_t>(entries.size()));
+        texts.Close();
+        std::vector<std::string> values;
+        values.reserve(texts.Count());
+        for (std::uint32_t entry = 1; entry <= texts.Count(); ++entry) {
+            values.emplace_back(texts.Text(entry));
+        }
+        SetTexts(std::move(values), std::move(entries));
+    }
+    static std::uint32_t EntryOfShort(CellDictionary::Probe& probe,
+                                      const parquet::ByteArray& text) {
+        std::array<char, CellDictionary::kLettersRead> letters{};
+        std::copy_n(text.ptr, text.len, letters.begin());
+        return probe.Entry(letters.data(), text.len);
+    }
+
+    void SetTexts(std::vector<std::string> values, CodeVector entries) {
+        if (fColumn.fForm == PageForm::kText &&
+            !std::all_of(values.begin(), values.end(), IsUtf8)) {
+            GiveUp();
+        }
+        fColumn.fpTexts->SetCodes(fGroup, std::move(values), std::move(entries));
     }
 
     template <class Type>
@@ -486,6 +544,10 @@ class OpenedParquetFile : public ParquetFile {
         return schema;
     }
 
+    std::int64_t RowCount() const override {
+        return fpFile->parquet_reader()->metadata()->num_rows();
+    }
+
     std::vector<std::optional<ReadColumn>> ReadPages(const std::vector<bool>& wanted,
                                                      const std::vector<TextSet>& missingTexts,
                                                      const std::shared_ptr<ColumnMemory>& memory,
@@ -595,10 +657,10 @@ std::vector<std::optional<ReadColumn>> OpenedParquetFile::ReadPages(
     if (columns.empty()) {
         return result;
     }
-    // Numbers are decoded where they stay if they fit into memory for sure.
-    const bool placed =
-        numeric == 0 ||
-        rows <= memory->Limit() / (numeric * static_cast<std::int64_t>(sizeof(double)));
+    // Numbers are decoded where they stay if all columns will most likely fit into memory.
+    const std::int64_t rowBytes = numeric * static_cast<std::int64_t>(sizeof(double)) +
+                                  static_cast<std::int64_t>(columns.size()) - numeric;
+    const bool placed = rows <= memory->Limit() / rowBytes;
     for (const auto& column : columns) {
         if (column->IsText()) {
             column->fpTexts = std::make_unique<TextParts>(

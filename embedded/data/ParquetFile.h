@@ -28,12 +28,13 @@ class ParquetFile {
 
     /// The schema of the batches that Stream gives for all fields.
     virtual OwnedArrowSchema Schema() const = 0;
+    /// As the file says.
+    virtual std::int64_t RowCount() const = 0;
 
     /// Reads fields straight from their pages, row groups and columns side by side: numbers,
-    /// booleans and texts, the latter only where their pages hold places in a dictionary. Nothing
-    /// for fields that are not wanted, of another form, or faulty in any way: they are for Stream,
-    /// which says what the fault is. missingTexts are texts that are system-missing, by field.
-    /// Throws DataError of kind kFile when the memory's file fails.
+    /// booleans and texts. Nothing for fields that are not wanted, of another form, or faulty in
+    /// any way: they are for Stream, which says what the fault is. missingTexts are texts that are
+    /// system-missing, by field. Throws DataError of kind kFile when the memory's file fails.
     virtual std::vector<std::optional<ReadColumn>> ReadPages(
         const std::vector<bool>& wanted, const std::vector<TextSet>& missingTexts,
         const std::shared_ptr<ColumnMemory>& memory, std::int32_t threads) const = 0;

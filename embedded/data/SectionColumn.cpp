@@ -112,7 +112,7 @@ bool SectionColumn::TakeTexts(const CellIndex& index, std::int32_t column, std::
             // The letters may end where the buffer does.
             fUnquoted.assign(Cell(index, cell, length));
             const std::size_t size = fUnquoted.size();
-            fUnquoted.append(16, '\0');
+            fUnquoted.append(CellDictionary::kLettersRead, '\0');
             entry = probe.Entry(fUnquoted.data(), static_cast<std::uint32_t>(size));
         } else {
             entry = probe.Entry(cell, length);

@@ -13,7 +13,7 @@
 namespace embedded {
 namespace {
 
-/// What one look at the bytes of a piece says. A piece starts behind a line feed, or where the
+/// What one look at the bytes of a piece says. A piece starts behind a line end, or where the
 /// records start.
 struct PieceFacts {
     std::int64_t fLineFeeds = 0;
@@ -146,6 +146,8 @@ void LookAt(std::string_view text, TextDialect dialect, std::size_t sectionBytes
 
 std::vector<Piece> CutIntoPieces(std::string_view text, std::size_t begin, std::size_t bytes) {
     std::vector<Piece> pieces;
+    // Lines mostly end as the one before the records does.
+    const char lineEnd = begin > 0 && text[begin - 1] == '\r' ? '\r' : '\n';
     const auto add = [&pieces](std::size_t from, std::size_t to) {
         Piece piece;
         piece.fBegin = from;
@@ -155,14 +157,14 @@ std::vector<Piece> CutIntoPieces(std::string_view text, std::size_t begin, std::
     // The last letters apart: there is nothing to read behind them.
     std::size_t tail = begin;
     if (text.size() - begin > TextSection::kRoomBehind) {
-        const std::size_t feed = text.rfind('\n', text.size() - TextSection::kRoomBehind - 1);
-        tail = feed == std::string_view::npos ? begin : std::max(begin, feed + 1);
+        const std::size_t last = text.rfind(lineEnd, text.size() - TextSection::kRoomBehind - 1);
+        tail = last == std::string_view::npos ? begin : std::max(begin, last + 1);
     }
     while (begin < tail) {
         std::size_t end = tail;
         if (tail - begin > bytes) {
-            const std::size_t feed = text.find('\n', begin + bytes - 1);
-            end = feed == std::string_view::npos ? tail : std::min(tail, feed + 1);
+            const std::size_t next = text.find(lineEnd, begin + bytes - 1);
+            end = next == std::string_view::npos ? tail : std::min(tail, next + 1);
         }
         add(begin, end);
         begin = end;

@@ -365,6 +365,31 @@ TEST(ArrowStream, RowsThatAreNullAsAWholeAreMissing) {
     EXPECT_EQ(Values(ReadArrowStream(stream, "memory")), ".|3|4");
 }
 
+TEST(ArrowStream, MoreRecordsThanCanBeCountedAreRefused) {
+    ArrowArrayStream stream{};
+    stream.get_schema = [](ArrowArrayStream*, ArrowSchema* out) {
+        return arrow::ExportSchema(*arrow::schema({arrow::field("x", arrow::null())}), out).ok()
+                   ? 0
+                   : EINVAL;
+    };
+    stream.get_next = [](ArrowArrayStream*, ArrowArray* out) {
+        const std::int64_t rows = std::int64_t{1} << 31;
+        const auto batch =
+            arrow::RecordBatch::Make(arrow::schema({arrow::field("x", arrow::null())}), rows,
+                                     {std::make_shared<arrow::NullArray>(rows)});
+        return arrow::ExportRecordBatch(*batch, out).ok() ? 0 : EINVAL;
+    };
+    stream.get_last_error = [](ArrowArrayStream*) -> const char* { return nullptr; };
+    stream.release = [](ArrowArrayStream* self) { self->release = nullptr; };
+    try {
+        ReadArrowStream(stream, "memory");
+        FAIL();
+    } catch (const DataError& fault) {
+        EXPECT_STREQ(fault.what(),
+                     "memory: has more than 2147483647 records; split it into smaller files");
+    }
+}
+
 TEST(ArrowStream, WhatTheSourceSaysOfAFaultIsPassedOn) {
     ArrowArrayStream stream{};
     stream.get_schema = [](ArrowArrayStream*, ArrowSchema*) { return EIO; };

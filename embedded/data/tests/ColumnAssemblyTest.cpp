@@ -1,9 +1,13 @@
 #include "embedded/data/ColumnAssembly.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <cmath>
+#include <csignal>
+#include <cstdlib>
 #include <limits>
+#include <optional>
 #include <random>
 
 #include "embedded/data/DataError.h"
@@ -125,7 +129,7 @@ TEST(ColumnParts, AreTheColumnThatIsMadeRowByRow) {
         const Column expected = std::move(numbers).Finish();
         const Column expectedTexts = std::move(texts).Finish();
         for (const std::int64_t limit : {std::int64_t{1}, std::int64_t{700000}, std::int64_t{0}}) {
-            const auto memory = std::make_shared<ColumnMemory>(limit, testing::TempDir());
+            const auto memory = std::make_shared<ColumnMemory>(limit);
             std::vector<std::int64_t> partRows;
             for (std::size_t left = rows; left > 0;) {
                 const std::size_t count = std::min<std::size_t>(left, random() % 90000);
@@ -182,18 +186,66 @@ TEST(ColumnParts, AreTheColumnThatIsMadeRowByRow) {
     }
 }
 
+// TMPDIR as it was comes back with the end of the object.
+class TemporaryFolderNamed {
+ public:
+    explicit TemporaryFolderNamed(const std::string& folder) {
+        if (const char* before = std::getenv("TMPDIR")) {
+            fBefore = before;
+        }
+        setenv("TMPDIR", folder.c_str(), 1);
+    }
+    ~TemporaryFolderNamed() {
+        if (fBefore) {
+            setenv("TMPDIR", fBefore->c_str(), 1);
+        } else {
+            unsetenv("TMPDIR");
+        }
+    }
+    TemporaryFolderNamed(const TemporaryFolderNamed&) = delete;
+    TemporaryFolderNamed& operator=(const TemporaryFolderNamed&) = delete;
+
+ private:
+    std::optional<std::string> fBefore;
+};
+
 TEST(ColumnMemory, AFolderThatIsNotThereIsToldInOneLine) {
-    const auto memory = std::make_shared<ColumnMemory>(1, testing::TempDir() + "/no such folder");
-    NumericParts parts(memory);
+    const TemporaryFolderNamed folder("/no such folder");
+    NumericParts parts(std::make_shared<ColumnMemory>(3 << 20));
     try {
-        parts.SetNumbers(0, {1, 2, 3});
+        parts.SetNumbers(0, Cells<double>(1 << 20));
         FAIL();
     } catch (const DataError& fault) {
-        const std::string text = fault.what();
         EXPECT_EQ(fault.GetKind(), DataError::Kind::kFile);
-        EXPECT_EQ(text.find('\n'), std::string::npos);
-        EXPECT_NE(text.find("no such folder"), std::string::npos) << text;
+        EXPECT_STREQ(fault.what(),
+                     "the data need more than the memory allowed (3 MiB), and the temporary file "
+                     "in /no such folder cannot be made: No such file or directory; allow more "
+                     "with --memory, or set TMPDIR to a folder with room");
     }
+}
+
+TEST(ColumnMemory, AFileThatCannotGrowIsToldInOneLine) {
+    struct sigaction ignore {};
+    struct sigaction signalBefore {};
+    ignore.sa_handler = SIG_IGN;
+    ASSERT_EQ(sigaction(SIGXFSZ, &ignore, &signalBefore), 0);
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    const rlimit small{1000, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    std::string told;
+    try {
+        ColumnMemory memory(1);
+        const std::vector<char> bytes(1500, 'x');
+        memory.Write(bytes.data(), 900);
+        memory.Write(bytes.data(), bytes.size());
+    } catch (const DataError& fault) {
+        told = fault.what();
+    }
+    setrlimit(RLIMIT_FSIZE, &before);
+    sigaction(SIGXFSZ, &signalBefore, nullptr);
+    EXPECT_NE(told.find("cannot be written: File too large; allow more"), std::string::npos)
+        << told;
 }
 
 TEST(ColumnMemory, WhatIsGivenBackCanBeTakenAgain) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <optional>
@@ -11,7 +12,8 @@
 #include <vector>
 
 #include "embedded/data/DataError.h"
-#include "embedded/data/FileReaders.h"
+#include "embedded/data/tests/ArrowCells.h"
+#include "tests/support/RandomSeed.h"
 
 namespace embedded {
 namespace {
@@ -133,12 +135,12 @@ Result ResultOf(const std::string& text, const OpenOptions& options, const TextC
 
 // Reads in sections of all sizes, on one thread and more, within memory and beyond it.
 void ExpectTheSame(const std::string& text, const TextColumnRules& rules = {},
-                   char delimiter = ',') {
+                   TextDialect dialect = {}, const std::string& mark = "") {
     OpenOptions options;
-    options.fDelimiter = delimiter;
-    options.fQuote = '"';
+    options.fDelimiter = dialect.fDelimiter;
+    options.fQuote = dialect.fQuote;
     options.fEncoding = TextEncoding::kUtf8;
-    const Result expected = PlainResult(text, {delimiter, '"'}, rules);
+    const Result expected = PlainResult(text, dialect, rules);
     for (const auto& [blockBytes, threads, limit] :
          std::vector<std::array<int, 3>>{{1 << 20, 1, 1 << 30},
                                          {1, 2, 1 << 30},
@@ -149,7 +151,7 @@ void ExpectTheSame(const std::string& text, const TextColumnRules& rules = {},
         options.fBlockBytes = blockBytes;
         options.fThreads = threads;
         const auto memory = limit == 0 ? nullptr : std::make_shared<ColumnMemory>(limit);
-        const Result found = ResultOf(text, options, rules, memory);
+        const Result found = ResultOf(mark + text, options, rules, memory);
         SCOPED_TRACE("blocks of " + std::to_string(blockBytes));
         if (!expected.fError.empty()) {
             ASSERT_NE(found.fError.find(expected.fError), std::string::npos)
@@ -159,8 +161,10 @@ void ExpectTheSame(const std::string& text, const TextColumnRules& rules = {},
             ASSERT_EQ(found.fError, "");
             ASSERT_EQ(found.fvColumns.size(), expected.fvColumns.size());
             for (std::size_t at = 0; at < expected.fvColumns.size(); ++at) {
-                ASSERT_EQ(found.fvColumns[at], expected.fvColumns[at])
+                ASSERT_TRUE(found.fvColumns[at] == expected.fvColumns[at])
                     << "column " << at << "\n"
+                    << found.fvColumns[at].substr(0, 2000) << "\n"
+                    << expected.fvColumns[at].substr(0, 2000) << "\n"
                     << testing::PrintToString(text.substr(0, 2000));
             }
         }
@@ -257,7 +261,7 @@ TEST(DelimitedText, NumbersAtTheEdgesAreExact) {
                                "1_0"}) {
         const std::string cell = number;
         ExpectTheSame("a,b\n1," + cell + "\n2,\n3,4\n");
-        ExpectTheSame("a;b\n1;" + cell + "\n2;\n3;4\n", CommaRules(), ';');
+        ExpectTheSame("a;b\n1;" + cell + "\n2;\n3;4\n", CommaRules(), {';', '"'});
     }
 }
 
@@ -325,55 +329,93 @@ std::vector<TextColumnRules> AllRules() {
     return all;
 }
 
-TEST(DelimitedText, RandomFilesReadAsTheLibraryCutsThem) {
-    const unsigned seed = std::random_device()();
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    std::mt19937 random(seed);
+// A text of columns of random kinds, and how it is to be read.
+struct RandomText {
+    std::string fText;
+    TextDialect fDialect;
+};
+
+RandomText MakeRandomText(std::mt19937& random, unsigned mostColumns, unsigned mostRows) {
     const auto below = [&random](unsigned count) {
         return static_cast<unsigned>(random() % count);
     };
-    const std::vector<TextColumnRules> rules = AllRules();
-    for (int file = 0; file < 150; ++file) {
-        const char delimiter = below(3) == 0 ? ';' : ',';
-        const unsigned columns = 1 + below(file % 10 == 0 ? 60 : 6);
-        const unsigned rows = below(file % 5 == 0 ? 700 : 60);
-        // Texts with the delimiter make records of the wrong length: most files have none.
-        const unsigned oddOneIn = std::array{0U, 30U, 500U, 2000U}[below(4)];
-        static constexpr std::array<const char*, 4> kEnds = {"\n", "\r\n", "\r", "\n"};
-        const unsigned end = below(5);
-        const auto lineEnd = [&] {
-            const unsigned which = end < kEnds.size() ? end : below(4);
-            return std::string(kEnds[which]) + (below(200) == 0 ? kEnds[which] : "");
-        };
-        std::vector<unsigned> kinds;
-        std::string text;
+    RandomText made;
+    made.fDialect.fDelimiter = std::array{',', ',', ';', '\t', '|', ' ', ':'}[below(7)];
+    made.fDialect.fQuote = std::array{'"', '"', '"', '\'', '\0'}[below(5)];
+    const char delimiter = made.fDialect.fDelimiter;
+    const char quote = made.fDialect.fQuote;
+    const unsigned columns = 1 + below(mostColumns);
+    const unsigned rows = below(mostRows);
+    // Texts with the delimiter make records of the wrong length: most files have none.
+    const unsigned oddOneIn = std::array{0U, 30U, 500U, 2000U}[below(4)];
+    static constexpr std::array<const char*, 4> kEnds = {"\n", "\r\n", "\r", "\n"};
+    const unsigned end = below(5);
+    const auto lineEnd = [&] {
+        const unsigned which = end < kEnds.size() ? end : below(4);
+        return std::string(kEnds[which]) + (below(200) == 0 ? kEnds[which] : "");
+    };
+    std::vector<unsigned> kinds;
+    for (unsigned column = 0; column < columns; ++column) {
+        kinds.push_back(below(9));
+        made.fText += (column == 0 ? "" : std::string(1, delimiter)) + "v" + std::to_string(column);
+    }
+    for (unsigned row = 0; row < rows; ++row) {
+        made.fText += lineEnd();
         for (unsigned column = 0; column < columns; ++column) {
-            kinds.push_back(below(9));
-            text += (column == 0 ? "" : std::string(1, delimiter)) + "v" + std::to_string(column);
-        }
-        for (unsigned row = 0; row < rows; ++row) {
-            text += lineEnd();
-            for (unsigned column = 0; column < columns; ++column) {
-                std::string cell = RandomCell(random, kinds[column], oddOneIn);
-                if (cell.find(delimiter) != std::string::npos && cell[0] != '"' && below(40) != 0) {
-                    cell = "\"" + cell + "\"";
-                }
-                text += (column == 0 ? "" : std::string(1, delimiter)) + cell;
+            std::string cell = RandomCell(random, kinds[column], oddOneIn);
+            std::replace(cell.begin(), cell.end(), '"', quote == '\0' ? 'q' : quote);
+            if (quote != '\0' && cell.find(delimiter) != std::string::npos && cell[0] != quote &&
+                below(40) != 0) {
+                cell = quote + cell + quote;
             }
+            if (quote == '\0' && below(40) != 0) {
+                std::replace(cell.begin(), cell.end(), delimiter, '_');
+                std::replace(cell.begin(), cell.end(), '\n', '_');
+            }
+            made.fText += (column == 0 ? "" : std::string(1, delimiter)) + cell;
         }
-        text += below(3) == 0 ? "" : lineEnd();
+    }
+    made.fText += below(3) == 0 ? "" : lineEnd();
+    return made;
+}
+
+TEST(DelimitedText, RandomFilesReadAsTheLibraryCutsThem) {
+    std::mt19937 random(testsupport::RandomSeed());
+    const std::vector<TextColumnRules> rules = AllRules();
+    for (unsigned file = 0; file < 150; ++file) {
+        const RandomText made =
+            MakeRandomText(random, file % 10 == 0 ? 60 : 6, file % 5 == 0 ? 700 : 60);
         SCOPED_TRACE("file " + std::to_string(file));
-        ExpectTheSame(text, rules[below(static_cast<unsigned>(rules.size()))], delimiter);
+        ExpectTheSame(made.fText, rules[random() % rules.size()], made.fDialect,
+                      random() % 4 == 0 ? "\xEF\xBB\xBF" : "");
         if (HasFatalFailure()) {
             return;
         }
     }
 }
 
+// Sections of more rows than are looked at together, and more distinct texts than a byte or two
+// bytes have room for.
+TEST(DelimitedText, LongRandomFilesReadAsTheLibraryCutsThem) {
+    std::mt19937 random(testsupport::RandomSeed());
+    const std::vector<TextColumnRules> rules = AllRules();
+    for (int file = 0; file < 3; ++file) {
+        const RandomText made = MakeRandomText(random, 5, 6000);
+        SCOPED_TRACE("file " + std::to_string(file));
+        ExpectTheSame(made.fText, rules[random() % rules.size()], made.fDialect);
+        if (HasFatalFailure()) {
+            return;
+        }
+    }
+    std::string text = "a,b\n";
+    for (unsigned row = 0; row < 70000; ++row) {
+        text += "x" + std::to_string(row) + "," + std::to_string(row % 300) + "\n";
+    }
+    ExpectTheSame(text);
+}
+
 TEST(DelimitedText, RandomLettersReadAsTheLibraryCutsThem) {
-    const unsigned seed = std::random_device()();
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    std::mt19937 random(seed);
+    std::mt19937 random(testsupport::RandomSeed());
     constexpr std::string_view kLetters = "a1\"\",,,\n\n\r .-";
     for (int soup = 0; soup < 2000; ++soup) {
         std::string text = soup % 2 == 0 ? "a,b\n" : "a\n";
@@ -389,9 +431,7 @@ TEST(DelimitedText, RandomLettersReadAsTheLibraryCutsThem) {
 }
 
 TEST(DelimitedText, RandomBytesAreATableOrARefusal) {
-    const unsigned seed = std::random_device()();
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    std::mt19937 random(seed);
+    std::mt19937 random(testsupport::RandomSeed());
     int tables = 0;
     for (int soup = 0; soup < 2000; ++soup) {
         std::string text = "a,b\n";
@@ -408,6 +448,18 @@ TEST(DelimitedText, RandomBytesAreATableOrARefusal) {
         tables += result.fError.empty() ? 1 : 0;
     }
     EXPECT_GT(tables, 20);
+}
+
+// No record but the last ones is copied, and none is read with all others in one piece.
+TEST(TextSections, TextsOfCarriageReturnsAreCutAsWell) {
+    std::string text = "a,b\r";
+    for (int row = 0; row < 1000; ++row) {
+        text += "1,2\r";
+    }
+    const SectionedText cut = CutIntoSections(text, 4, {',', '"'}, 100, 1, [](std::string_view) {});
+    EXPECT_EQ(cut.fRows, 1000);
+    EXPECT_GT(cut.fvSections.size(), 30U);
+    EXPECT_EQ(cut.fvCopies.size(), 1U);
 }
 
 TEST(DelimitedText, LinesOfRowsAreCountedFromTheTopOfTheFile) {

@@ -5,7 +5,7 @@
 #include <ostream>
 #include <random>
 
-#include "embedded/data/FileReaders.h"
+#include "embedded/data/tests/ArrowCells.h"
 
 namespace embedded {
 namespace {
