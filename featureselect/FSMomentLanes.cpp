@@ -318,8 +318,8 @@ __attribute__((target("avx2"))) void AddAvx2(Lanes& lanes, const Columns& column
 }
 
 template <class Lanes>
-__attribute__((target("avx512f,avx512dq,avx512vl,avx512bw,prefer-vector-width=512"))) void
-AddAvx512(Lanes& lanes, const Columns& columns, const FSBlockCases& cases) {
+__attribute__((target("avx512f,avx512dq,avx512vl,avx512bw"))) void AddAvx512(
+    Lanes& lanes, const Columns& columns, const FSBlockCases& cases) {
     AddForm<Registers<Eight>>(lanes, columns, cases);
 }
 #endif

@@ -184,6 +184,7 @@ class Drawn {
         bool withTarget = fbWithTarget;
         for (int pass = 0; pass < 2; ++pass) {
             if (pass == 1) {
+                if (fbFinishedBefore) static_cast<void>(set.FinishDataPass());
                 withTarget = fbWithTarget != fbOtherwiseAgain;
                 settings.SetTargetCategorical(settings.IsTargetCategorical() != fbOtherTargetAgain);
                 if (fAgainWeights) columns[fWeightColumn] = *fAgainWeights;
@@ -220,6 +221,7 @@ class Drawn {
     /// What the second pass does otherwise: with the target or without it, a target of the other
     /// kind, other weights.
     void DrawSecondPass(bool hasWeight) {
+        fbFinishedBefore = Chance(0.3);
         fbOtherwiseAgain = Chance(0.1);
         fbOtherTargetAgain = Chance(0.1);
         if (hasWeight && fWeightColumn < fvColumns.size() && Chance(0.3)) {
@@ -328,6 +330,7 @@ class Drawn {
     bool fbListens = false;
     std::int32_t fCancelAt = -1;
     std::size_t fWeightColumn = 0;
+    bool fbFinishedBefore = false;
     bool fbOtherwiseAgain = false;
     bool fbOtherTargetAgain = false;
     std::optional<RandomColumn> fAgainWeights;
@@ -438,6 +441,83 @@ TEST(FSPredictorSetBlocks, LeaveCountsAtTheLargestNumberThere) {
     };
     EXPECT_EQ(StateAfter(true, 2, settings, fill), StateAfter(false, 2, settings, fill));
 }
+
+struct TargetKind {
+    const char* fName;
+    bool fbWithTarget;
+    bool fbCategorical;
+};
+
+void PrintTo(const TargetKind& kind, std::ostream* out) { *out << kind.fName; }
+
+/// The set after passes over records(pass), whose weights stand second, as they are.
+template <class Records>
+std::vector<std::byte> WeightedState(std::vector<bool> predictors, const TargetKind& target,
+                                     Records records, int passes) {
+    FSSettings settings(std::move(predictors), target.fbCategorical);
+    if (!target.fbWithTarget) {
+        settings.SetTargetPosition(-1);
+        settings.SetCaseIdPosition(0);
+    }
+    settings.SetWeightPosition(1);
+    settings.SetWeightConversion(FSSettings::kWeightAsIs);
+    FSCancelState cancel;
+    FSPredictorSet set(settings, cancel);
+    for (int pass = 0; pass < passes; ++pass) {
+        EXPECT_TRUE((target.fbWithTarget ? set.AccumulateRecords(records(pass), -1)
+                                         : set.AccumulateForScreening(records(pass), -1))
+                        .IsOk());
+    }
+    ClearElapsed(set);
+    return testsupport::Save(set);
+}
+
+class BlocksOfWeightedRecords : public testing::TestWithParam<TargetKind> {};
+
+// More categories than a table of them is worth; most records share a few of them.
+TEST_P(BlocksOfWeightedRecords, AddWeightsInTheOrderOfTheRecords) {
+    std::mt19937 engine(testsupport::RandomSeed());
+    std::uniform_real_distribution<double> weight(0.1, 3.0);
+    std::vector<double> targets;
+    std::vector<double> weights;
+    std::vector<std::uint32_t> codes;
+    for (std::uint32_t row = 0; row < 2000; ++row) {
+        targets.push_back(GetParam().fbCategorical ? row % 3 : weight(engine));
+        weights.push_back(weight(engine));
+        codes.push_back(row % 10 == 0 ? 50000 + row : engine() % 4);
+    }
+    RandomColumns columns(3);
+    columns[0] = {targets, 1};
+    columns[1] = {weights, 1};
+    columns[2] = {codes, 100000};
+    const auto stateOf = [&](auto&& records) {
+        return WeightedState(
+            {kCategorical}, GetParam(), [&](int) -> auto& { return records; }, 1);
+    };
+    EXPECT_EQ(stateOf(InBlocks(columns, 2000, 700, 0)), stateOf(OneByOne(columns, 2000)));
+}
+
+// Sums that ones no longer grow exactly.
+TEST_P(BlocksOfWeightedRecords, AddOnesAfterTinyWeightsInTheOrderOfTheRecords) {
+    RandomColumns columns = TargetAndPredictors();
+    if (GetParam().fbCategorical) columns[0] = {std::vector<std::uint8_t>(100, 2), 4};
+    columns.insert(columns.begin() + 1, {std::vector<double>(100, 1e-9 / 3), 1});
+    RandomColumns ones = columns;
+    ones[1] = {std::vector<double>(100, 1.0), 1};
+    const auto stateOf = [&](auto&& tinyWeights, auto&& oneWeights) {
+        return WeightedState(
+            {kCategorical, kContinuous}, GetParam(),
+            [&](int pass) -> auto& { return pass == 0 ? tinyWeights : oneWeights; }, 2);
+    };
+    EXPECT_EQ(stateOf(InBlocks(columns, 100, 100, 0), InBlocks(ones, 100, 100, 0)),
+              stateOf(OneByOne(columns, 100), OneByOne(ones, 100)));
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, BlocksOfWeightedRecords,
+                         testing::Values(TargetKind{"WithACategoricalTarget", true, true},
+                                         TargetKind{"WithAContinuousTarget", true, false},
+                                         TargetKind{"Alone", false, true}),
+                         [](const auto& test) { return std::string(test.param.fName); });
 
 TEST(FSPredictorSetBlocks, AreReadNoFurtherThanTheLastRecordThatCounts) {
     RandomColumns columns(2);
