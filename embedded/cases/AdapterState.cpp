@@ -137,12 +137,12 @@ void RecordColumn::KeepCategoriesOf(const std::vector<bool>& rows) {
     AssignCodes(keep);
 }
 
-void RecordColumn::Open(std::int32_t chunk) {
+void RecordColumn::Open(const ChunkPart& part) {
     fBuffer = 1 - fBuffer;
     if (fbCategorical) {
-        fChunkCodes = fpColumn->Codes(chunk, fBuffers[fBuffer]);
+        fChunkCodes = fpColumn->Codes(part, fBuffers[fBuffer]);
     } else if (fpColumn->IsNumeric()) {
-        fChunkNumbers = fpColumn->Numbers(chunk, fBuffers[fBuffer]);
+        fChunkNumbers = fpColumn->Numbers(part, fBuffers[fBuffer]);
     }
 }
 
@@ -366,6 +366,7 @@ UAAdapterState::UAAdapterState(const UAVarValidSpecs& specs, const embedded::Dat
         fvColumns.emplace_back(data, variable, specs.GetKOLTCatVar(variable), fbUserMissExclude);
     }
     fvUnknownRows.resize(fvColumns.size());
+    SettleOpenRows();
     embedded::HostSession& session = embedded::HostSession::Active();
     session.SetAdapter(this);
     if (fWeightColumn < 0) return;
@@ -394,9 +395,21 @@ void UAAdapterState::RunByColumn(std::int64_t rows, const std::function<void(std
     fExecutor.RunOver(rows, fvColumns.size(), task);
 }
 
-void UAAdapterState::OpenChunk(std::int32_t chunk) {
-    RunByColumn(std::min<std::int64_t>(embedded::kChunkRows, fData.RowCount()),
-                [&](std::size_t column) { fvColumns[column].Open(chunk); });
+// So many that what they take stays small, but not so few that blocks are not worth their while.
+void UAAdapterState::SettleOpenRows() {
+    constexpr std::int64_t kMostBytes = 16 << 20;
+    constexpr std::int32_t kFewestRows = 512;
+    std::int64_t rowBytes = 0;
+    for (const embedded::RecordColumn& column : fvColumns) rowBytes += 2 * column.OpenBytes();
+    while (fOpenRows > kFewestRows && fOpenRows * rowBytes > kMostBytes) fOpenRows /= 2;
+}
+
+void UAAdapterState::Open(std::int64_t firstRow) {
+    const embedded::ChunkPart part{static_cast<std::int32_t>(firstRow / embedded::kChunkRows),
+                                   static_cast<std::int32_t>(firstRow % embedded::kChunkRows),
+                                   fOpenRows};
+    RunByColumn(std::min<std::int64_t>(fOpenRows, fData.RowCount()),
+                [&](std::size_t column) { fvColumns[column].Open(part); });
 }
 
 void UAAdapterState::MakeBlock(const embedded::ChunkRows& rows, MCCommon::RecordBlock& block) {

@@ -36,14 +36,14 @@ struct MissingNumbers {
 /// Some rows of the open chunk, in ascending order.
 class ChunkRows {
  public:
-    /// Cases of the data set, all of the chunk that begins at firstRow, at least one. Borrowed.
+    /// Cases of the data set, all of what is open from firstRow on, at least one. Borrowed.
     ChunkRows(std::span<const std::int64_t> cases, std::int64_t firstRow)
         : fCases(cases), fFirstRow(firstRow) {}
 
     std::size_t Count() const { return fCases.size(); }
     /// Rows of the data set.
     std::span<const std::int64_t> Cases() const { return fCases; }
-    /// Row of the chunk.
+    /// Row of what is open.
     std::size_t operator[](std::size_t place) const {
         return static_cast<std::size_t>(fCases[place] - fFirstRow);
     }
@@ -70,9 +70,13 @@ class RecordColumn {
 
     std::int32_t Variable() const { return fVariable; }
     bool IsCategorical() const { return fbCategorical; }
-    /// Opens a chunk; the values below are those of its rows. A block of the chunk that was open
-    /// before stays valid until a further one is opened.
-    void Open(std::int32_t chunk);
+    /// Opens a chunk or a part of one; the values below are those of its rows, counted from its
+    /// first one. A block of the chunk that was open before stays valid until a further one is
+    /// opened.
+    void Open(const ChunkPart& part);
+    void Open(std::int32_t chunk) { Open(ChunkPart{chunk}); }
+    /// Bytes that Open takes a row.
+    std::int32_t OpenBytes() const { return fpColumn->BufferBytes(fbCategorical); }
     /// The record's value for a row of the open chunk: a code or -1, a number or the missing value.
     double Value(std::int32_t row) const { return fbCategorical ? CodeValue(row) : Number(row); }
     /// True when the row of the open chunk has a value, but none that has a code.
@@ -204,8 +208,11 @@ struct UAAdapterState {
     void BreakOffPass();
     /// Tells the session of a case whose value in this record column is unknown.
     void NoteUnknown(std::size_t column, std::int64_t row);
-    /// Opens a chunk of all columns.
-    void OpenChunk(std::int32_t chunk);
+    /// How many rows are opened together: a chunk, or where columns are not held as they are
+    /// delivered and there are many, an even part of one.
+    std::int32_t OpenRows() const { return fOpenRows; }
+    /// Opens OpenRows() rows of all columns, from a multiple of it on.
+    void Open(std::int64_t firstRow);
     /// Makes the block of these rows of the open chunk, and learns of it or notes what is unknown,
     /// as the pass demands.
     void MakeBlock(const embedded::ChunkRows& rows, MCCommon::RecordBlock& block);
@@ -224,9 +231,11 @@ struct UAAdapterState {
 
  private:
     void PrepareCategories(const UAVarValidSpecs& specs);
+    void SettleOpenRows();
     void RunByColumn(std::int64_t rows, const std::function<void(std::size_t)>& task);
 
     embedded::CaseReader fReader;
+    std::int32_t fOpenRows = embedded::kChunkRows;
     std::unordered_map<std::int32_t, std::size_t> fColumnOf;  // the first one of each variable
     std::int32_t fWeightColumn;
     bool fbUserMissExclude;

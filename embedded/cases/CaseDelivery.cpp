@@ -163,19 +163,19 @@ struct UAProcDataSourceIter::Impl {
 
     void Start() {
         fState.BeginPass(this);
-        fChunk = -1;
+        fOpenRow = -1;
         fbStarted = true;
         fbOnRecord = false;
         fStart = std::chrono::steady_clock::now();
     }
 
-    // The columns of a chunk are opened when it gives a record: a block of the chunk before stays
-    // valid until then.
-    void OpenChunkOf(std::int64_t row) {
-        const auto chunk = static_cast<std::int32_t>(row / embedded::kChunkRows);
-        if (chunk == fChunk) return;
-        fChunk = chunk;
-        fState.OpenChunk(chunk);
+    // Rows are opened when one of them gives a record: a block of those before stays valid until
+    // then.
+    void OpenRowsOf(std::int64_t row) {
+        const std::int64_t first = row - row % fState.OpenRows();
+        if (first == fOpenRow) return;
+        fOpenRow = first;
+        fState.Open(first);
     }
 
     // To the next case, which counts as read.
@@ -199,8 +199,8 @@ struct UAProcDataSourceIter::Impl {
         fCurrent = 1 - fCurrent;
         MCCommon::Record& record = fRecords[fCurrent];
         const std::int64_t at = fState.Reader()->Row();
-        OpenChunkOf(at);
-        const auto row = static_cast<std::int32_t>(at % embedded::kChunkRows);
+        OpenRowsOf(at);
+        const auto row = static_cast<std::int32_t>(at - fOpenRow);
         const bool learning = fState.fPassesEnded == 0;
         for (std::int32_t i = 0; i < record.Size(); ++i) {
             embedded::RecordColumn& column = fState.fvColumns[static_cast<std::size_t>(i)];
@@ -220,7 +220,7 @@ struct UAProcDataSourceIter::Impl {
     MCCommon::RecordBlock fBlock;
     MCCommon::Record fRecords[2];
     std::size_t fCurrent = 0;
-    std::int32_t fChunk = -1;  // the open one
+    std::int64_t fOpenRow = -1;  // the first that is open
     bool fbStarted = false;
     bool fbOnRecord = false;  // the pass stands on fRecords[fCurrent]
     std::chrono::steady_clock::time_point fStart;
@@ -274,8 +274,8 @@ const MCCommon::RecordBlock* UAProcDataSourceIter::NextBlock(std::int32_t maxRow
     if (!HasMore()) return nullptr;
     Impl& pass = *fpImpl;
     UAAdapterState& state = pass.fState;
-    const std::int64_t firstRow = std::int64_t{pass.fChunk} * embedded::kChunkRows;
-    const std::int64_t end = std::min(firstRow + embedded::kChunkRows, state.fRowEnd);
+    const std::int64_t firstRow = pass.fOpenRow;
+    const std::int64_t end = std::min(firstRow + state.OpenRows(), state.fRowEnd);
     const auto most = static_cast<std::size_t>(maxRows);
     // The case that the pass stands on has been preprocessed.
     std::vector<std::int64_t>& cases = pass.fvBlockCases;

@@ -86,6 +86,7 @@ class StoredCells {
     }
 
     std::size_t Size() const { return fSize; }
+    bool IsInMemory() const { return fPlace < 0; }
     const std::shared_ptr<ColumnMemory>& Memory() const { return fpMemory; }
     /// `count` cells from `first` on; the buffer is used when they are in the file. Throws
     /// DataError when they cannot be read back.

@@ -103,9 +103,10 @@ Column Column::OfCodes(std::vector<std::string> values, CodeChunks chunks,
     return column;
 }
 
-std::size_t Column::RowsOf(std::int32_t index) const {
-    return static_cast<std::size_t>(
-        std::min<std::int64_t>(kChunkRows, fRowCount - std::int64_t{index} * kChunkRows));
+std::size_t Column::RowsOf(const ChunkPart& part) const {
+    const std::int64_t first = std::int64_t{part.fChunk} * kChunkRows + part.fFirstRow;
+    const std::int64_t rows = std::min(part.fRows, kChunkRows - part.fFirstRow);
+    return static_cast<std::size_t>(std::min(rows, fRowCount - first));
 }
 
 ColumnBuffer& Column::OwnBuffer() const {
@@ -118,7 +119,7 @@ ColumnBuffer& Column::OwnBuffer() const {
 ColumnChunk Column::Chunk(std::int32_t index, ColumnBuffer& buffer) const {
     ColumnChunk chunk;
     chunk.fFirstRow = std::int64_t{index} * kChunkRows;
-    chunk.fRows = static_cast<std::int32_t>(RowsOf(index));
+    chunk.fRows = static_cast<std::int32_t>(RowsOf(ChunkPart{index}));
     const bool someMissing = fValidCount < fRowCount;
     if (fbNumeric) {
         chunk.fNumbers = Numbers(index, buffer);
@@ -143,7 +144,7 @@ ColumnChunk Column::Chunk(std::int32_t index, ColumnBuffer& buffer) const {
     return chunk;
 }
 
-CodeSpan Column::Codes(std::int32_t index, ColumnBuffer& buffer) const {
+CodeSpan Column::Codes(const ChunkPart& part, ColumnBuffer& buffer) const {
     if (!fpCategories) {
         MakeCategories();
     }
@@ -153,15 +154,17 @@ CodeSpan Column::Codes(std::int32_t index, ColumnBuffer& buffer) const {
             if (!std::holds_alternative<Cells<Entry>>(buffer.fCodes)) {
                 buffer.fCodes = Cells<Entry>();
             }
-            return CodeSpan(chunks[static_cast<std::size_t>(index)].Get(
-                0, RowsOf(index), std::get<Cells<Entry>>(buffer.fCodes)));
+            return CodeSpan(chunks[static_cast<std::size_t>(part.fChunk)].Get(
+                static_cast<std::size_t>(part.fFirstRow), RowsOf(part),
+                std::get<Cells<Entry>>(buffer.fCodes)));
         },
         fCodes);
 }
 
-std::span<const double> Column::Numbers(std::int32_t index, ColumnBuffer& buffer) const {
+std::span<const double> Column::Numbers(const ChunkPart& part, ColumnBuffer& buffer) const {
     if (!fbCoded) {
-        return fvNumbers[static_cast<std::size_t>(index)].Get(0, RowsOf(index), buffer.fvNumbers);
+        return fvNumbers[static_cast<std::size_t>(part.fChunk)].Get(
+            static_cast<std::size_t>(part.fFirstRow), RowsOf(part), buffer.fvNumbers);
     }
     const std::vector<double>& values = fpCategories->Numbers();
     std::visit(
@@ -172,8 +175,22 @@ std::span<const double> Column::Numbers(std::int32_t index, ColumnBuffer& buffer
                                return entry == 0 ? MCMV::gMissingValue : values[entry - 1U];
                            });
         },
-        Codes(index, buffer).GetEntries());
+        Codes(part, buffer).GetEntries());
     return buffer.fvNumbers;
+}
+
+std::int32_t Column::BufferBytes(bool asCodes) const {
+    const auto bytes = [](const auto& chunks) {
+        using Value = typename std::decay_t<decltype(chunks)>::value_type::Value;
+        const bool held = std::all_of(chunks.begin(), chunks.end(),
+                                      [](const auto& chunk) { return chunk.IsInMemory(); });
+        return held ? 0 : static_cast<std::int32_t>(sizeof(Value));
+    };
+    const std::int32_t ofCodes = std::visit(bytes, fCodes);
+    if (asCodes) {
+        return ofCodes;
+    }
+    return fbCoded ? ofCodes + static_cast<std::int32_t>(sizeof(double)) : bytes(fvNumbers);
 }
 
 const ColumnCategories& Column::Categories() const {

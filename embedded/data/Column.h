@@ -39,6 +39,13 @@ class CodeSpan {
     Entries fEntries;
 };
 
+/// Rows of a chunk, counted within it.
+struct ChunkPart {
+    std::int32_t fChunk = 0;
+    std::int32_t fFirstRow = 0;
+    std::int32_t fRows = kChunkRows;  // there may be fewer
+};
+
 /// Room for one chunk of a column that is not held as it is asked for. Each thread that reads has
 /// its own.
 struct ColumnBuffer {
@@ -126,9 +133,18 @@ class Column {
     bool IsCoded() const { return fbCoded; }
     /// The codes of a chunk's rows into Categories(), of a numeric column too.
     CodeSpan Codes(std::int32_t index) const { return Codes(index, OwnBuffer()); }
-    CodeSpan Codes(std::int32_t index, ColumnBuffer& buffer) const;
+    CodeSpan Codes(std::int32_t index, ColumnBuffer& buffer) const {
+        return Codes(ChunkPart{index}, buffer);
+    }
+    CodeSpan Codes(const ChunkPart& part, ColumnBuffer& buffer) const;
     /// What Chunk gives as fNumbers. REQUIRES: a numeric column.
-    std::span<const double> Numbers(std::int32_t index, ColumnBuffer& buffer) const;
+    std::span<const double> Numbers(std::int32_t index, ColumnBuffer& buffer) const {
+        return Numbers(ChunkPart{index}, buffer);
+    }
+    std::span<const double> Numbers(const ChunkPart& part, ColumnBuffer& buffer) const;
+    /// Bytes that a row takes in the buffer when Codes, or else Numbers, reads it; 0 where rows are
+    /// given as they are held.
+    std::int32_t BufferBytes(bool asCodes) const;
 
     /// The categories; those of a column that is not coded are made on first use and kept.
     const ColumnCategories& Categories() const;
@@ -144,7 +160,7 @@ class Column {
 
  private:
     Column() = default;
-    std::size_t RowsOf(std::int32_t index) const;
+    std::size_t RowsOf(const ChunkPart& part) const;
     ColumnBuffer& OwnBuffer() const;
     void MakeCategories() const;
 
