@@ -400,7 +400,8 @@ void UAAdapterState::SettleOpenRows() {
     constexpr std::int64_t kMostBytes = 16 << 20;
     constexpr std::int32_t kFewestRows = 512;
     std::int64_t rowBytes = 0;
-    for (const embedded::RecordColumn& column : fvColumns) rowBytes += 2 * column.OpenBytes();
+    for (const embedded::RecordColumn& column : fvColumns)
+        rowBytes += std::int64_t{2} * column.OpenBytes();
     while (fOpenRows > kFewestRows && fOpenRows * rowBytes > kMostBytes) fOpenRows /= 2;
 }
 

@@ -25,13 +25,13 @@ inline std::uint64_t Matches(const char* bytes, char one, char other) {
     const __m128i first = _mm_set1_epi8(one);
     const __m128i second = _mm_set1_epi8(other);
     std::uint64_t bits = 0;
-    for (unsigned quarter = 0; quarter < 4; ++quarter) {
+    for (std::size_t quarter = 0; quarter < 4; ++quarter) {
         const __m128i letters =
-            _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + 16U * quarter));
+            _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + 16 * quarter));
         const __m128i found =
             _mm_or_si128(_mm_cmpeq_epi8(letters, first), _mm_cmpeq_epi8(letters, second));
         bits |= static_cast<std::uint64_t>(static_cast<unsigned>(_mm_movemask_epi8(found)))
-                << (16U * quarter);
+                << (16 * quarter);
     }
     return bits;
 }

@@ -12,8 +12,8 @@ namespace {
 
 }  // namespace
 
-std::unique_ptr<ParquetFile> ParquetFile::Open(std::string_view /*bytes*/, std::string name,
-                                               GiveBack /*giveBack*/) {
+std::unique_ptr<ParquetFile> ParquetFile::Open(std::string_view /*bytes*/, const std::string& name,
+                                               const GiveBack& /*giveBack*/) {
     Refuse(name, "Parquet files");
 }
 

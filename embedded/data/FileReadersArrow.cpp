@@ -72,7 +72,7 @@ std::shared_ptr<arrow::io::RandomAccessFile> ArrowInput(std::string_view bytes) 
 }
 
 std::shared_ptr<arrow::RecordBatchReader> ValidatedBatchesOf(
-    std::shared_ptr<arrow::RecordBatchReader> batches) {
+    const std::shared_ptr<arrow::RecordBatchReader>& batches) {
     const std::shared_ptr<arrow::Schema> schema = batches->schema();
     return std::make_shared<ValidatedBatches>(schema, [batches]() { return batches->Next(); });
 }

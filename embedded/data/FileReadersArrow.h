@@ -26,7 +26,7 @@ std::shared_ptr<arrow::io::RandomAccessFile> ArrowInput(std::string_view bytes);
 
 /// The same batches, each checked in full before it goes on.
 std::shared_ptr<arrow::RecordBatchReader> ValidatedBatchesOf(
-    std::shared_ptr<arrow::RecordBatchReader> batches);
+    const std::shared_ptr<arrow::RecordBatchReader>& batches);
 
 /// Exports what open gives. Throws DataError.
 ArrowStream ArrowBatches(const std::string& name, const std::string& what,

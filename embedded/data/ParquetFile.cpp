@@ -565,7 +565,7 @@ class OpenedParquetFile : public ParquetFile {
             }
             ARROW_ASSIGN_OR_RAISE(std::shared_ptr<arrow::RecordBatchReader> batches,
                                   fpFile->GetRecordBatchReader(groups, leaves));
-            return ValidatedBatchesOf(std::move(batches));
+            return ValidatedBatchesOf(batches);
         });
     }
 
@@ -725,10 +725,10 @@ std::vector<std::optional<ReadColumn>> OpenedParquetFile::ReadPages(
 
 }  // namespace
 
-std::unique_ptr<ParquetFile> ParquetFile::Open(std::string_view bytes, std::string name,
-                                               GiveBack giveBack) {
+std::unique_ptr<ParquetFile> ParquetFile::Open(std::string_view bytes, const std::string& name,
+                                               const GiveBack& giveBack) {
     try {
-        return std::make_unique<OpenedParquetFile>(bytes, name, std::move(giveBack));
+        return std::make_unique<OpenedParquetFile>(bytes, name, giveBack);
     } catch (const DataError&) {
         throw;
     } catch (const std::exception& fault) {

@@ -22,8 +22,8 @@ class ParquetFile {
 
     /// Borrows the bytes, which are not trusted. Throws DataError; a build without Apache Arrow has
     /// this in place of every reader. name stands for the source in messages.
-    static std::unique_ptr<ParquetFile> Open(std::string_view bytes, std::string name,
-                                             GiveBack giveBack = {});
+    static std::unique_ptr<ParquetFile> Open(std::string_view bytes, const std::string& name,
+                                             const GiveBack& giveBack = {});
     virtual ~ParquetFile() = default;
 
     /// The schema of the batches that Stream gives for all fields.

@@ -68,7 +68,7 @@ class Gathered final : public arrow::io::OutputStream {
     using Pieces = std::vector<std::shared_ptr<arrow::Buffer>>;
     // What has been given since it was last taken.
     Pieces Take() { return std::exchange(fvPieces, {}); }
-    void Flush(const Pieces& pieces) {
+    void Send(const Pieces& pieces) {
         for (const std::shared_ptr<arrow::Buffer>& piece : pieces) Require(fSink->Write(piece));
     }
 
@@ -405,7 +405,7 @@ void WriteParquetFile(const ArrowColumns& columns, const Sink& sink, std::int32_
         const std::int32_t end = std::min(chunk + kGroupChunks, columns.ChunkCount());
         RunTasks(threads, columns.ColumnCount() + 1,
                  [&, before = gathered->Take()](std::int32_t i) {
-                     if (i == 0) return gathered->Flush(before);
+                     if (i == 0) return gathered->Send(before);
                      parts[static_cast<std::size_t>(i) - 1].Write(chunk, end);
                  });
         std::int64_t written = 0;
@@ -413,7 +413,7 @@ void WriteParquetFile(const ArrowColumns& columns, const Sink& sink, std::int32_
         groupMetadata->Finish(written, group);
     }
     parquet::WriteFileMetaData(*metadata->Finish(keyed), gathered.get());
-    gathered->Flush(gathered->Take());
+    gathered->Send(gathered->Take());
 }
 
 }  // namespace embedded

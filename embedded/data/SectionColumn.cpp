@@ -130,8 +130,8 @@ bool SectionColumn::TakeTexts(const CellIndex& index, std::int32_t column, std::
 void SectionColumn::Widen() {
     const auto widened = [this](auto zero) {
         std::visit(
-            [this, zero](const auto& entries) {
-                Cells<std::decay_t<decltype(zero)>> wide(entries.size());
+            [this](const auto& entries) {
+                Cells<decltype(zero)> wide(entries.size());
                 // Rows to come are unset.
                 std::copy(entries.begin(), entries.end(), wide.begin());
                 fEntries = std::move(wide);
