@@ -1,6 +1,7 @@
 """Holds the results of the benchmark's programs against each other; exit status 1 where they disagree.
 
     check.py screen REPORT.json PEER.csv ...     statistic, degrees of freedom and p of every predictor
+    check.py squares REPORT.json PEER.csv TABLE.parquet   the same; F as a difference of sums of squares
     check.py chain REPORT.json PEER.csv ...      the predictors found, in order, and their likelihoods
     check.py scores SCORED.parquet PEER.parquet ...   every case's probabilities
     check.py size TABLE.parquet                  bytes of its columns in their narrowest form
@@ -18,6 +19,9 @@ import pyarrow.parquet
 
 # Sums of millions of numbers in different orders, and variances from sums of squares.
 STATISTIC = 1e-8
+# A sum of the squares of n numbers of mean m and variance v is n (1 + m^2 / v) variances large. F is a
+# difference of such sums, in variances, and so no more certain than their last digit.
+EPSILON = sys.float_info.epsilon
 # 1 - F(x) has no more digits than doubles near 1.
 P_ABSOLUTE, P_RELATIVE = 1e-12, 1e-7
 LIKELIHOOD = 1e-10
@@ -65,7 +69,8 @@ def screened_by_peer(path):
         }
 
 
-def compare_screening(ours, theirs):
+def compare_screening(ours, theirs, rounding=None):
+    """rounding: {predictor: how far its statistic may be off for rounding's sake}."""
     if ours.keys() != theirs.keys():
         raise Disagreement(f"predictors of one side alone: {sorted(ours.keys() ^ theirs.keys())[:5]}")
     worst = 0.0
@@ -73,12 +78,26 @@ def compare_screening(ours, theirs):
         their_statistic, their_df1, their_df2, their_p = theirs[name]
         if (df1, df2) != (their_df1, their_df2):
             raise Disagreement(f"{name}: degrees of freedom {df1}, {df2} and {their_df1}, {their_df2}")
-        if not near(statistic, their_statistic, STATISTIC, STATISTIC * 1e-2):
+        allowed = max(STATISTIC * 1e-2, rounding.get(name, 0.0) if rounding else 0.0)
+        if not near(statistic, their_statistic, STATISTIC, allowed):
             raise Disagreement(f"{name}: statistic {statistic} and {their_statistic}")
-        if not near(p, their_p, P_RELATIVE, P_ABSOLUTE):
+        # No density of the statistics is above 1 there, so p is off by no more.
+        if not near(p, their_p, P_RELATIVE, max(P_ABSOLUTE, allowed if rounding else 0.0)):
             raise Disagreement(f"{name}: p {p} and {their_p}")
         worst = max(worst, abs(statistic - their_statistic) / max(abs(their_statistic), 1e-2))
     return f"{len(ours)} predictors, statistics within {worst:.0e}"
+
+
+def rounding_of_squares(path):
+    """{scale predictor: the last digit of its sum of squares, in variances}."""
+    result = {}
+    for field in pyarrow.parquet.read_schema(path):
+        if pyarrow.types.is_floating(field.type):
+            column = pyarrow.parquet.read_table(path, columns=[field.name])[field.name]
+            mean, variance = (f(column).as_py() for f in (pyarrow.compute.mean, pyarrow.compute.variance))
+            if variance:
+                result[field.name] = EPSILON * (len(column) - column.null_count) * (1 + mean**2 / variance)
+    return result
 
 
 def chain_of(path):
@@ -152,11 +171,15 @@ def main(arguments):
     if kind == "size":
         print(size_of_columns(own))
         return 0
+    more = ()
+    if kind == "squares":
+        kind, (*peers, table) = "screen", peers
+        more = (rounding_of_squares(table),)
     read_own, read_peer, compare = KINDS[kind]
     ours = read_own(own)
     for peer in peers:
         try:
-            print(f"{peer}: {compare(ours, read_peer(peer))}")
+            print(f"{peer}: {compare(ours, read_peer(peer), *more)}")
         except Disagreement as difference:
             print(f"{peer}: {difference}")
             return 1

@@ -92,6 +92,7 @@ class Bench:
         self.environment["NUMBA_CACHE_DIR"] = str(given.output / "numba")
         self.environment["PYTHONWARNINGS"] = "ignore"
         self.sections = []
+        self.agreed = True
         shutil.rmtree(self.work, ignore_errors=True)
         self.work.mkdir(parents=True)
 
@@ -173,18 +174,22 @@ class Bench:
         self.sections.append(section)
         return section
 
-    def check(self, section, what, own, commands):
-        """Holds the peers' results against the program's."""
+    def check(self, section, what, own, commands, *more):
+        """Holds the peers' results against the program's; what differs is told and remembered."""
         peers = [c.result for c in commands if c.kind == "peer" and c.result]
         if not peers:
             return
         done = subprocess.run(
-            [sys.executable, BENCH / "check.py", what, own, *peers], capture_output=True, text=True
+            [sys.executable, BENCH / "check.py", what, own, *peers, *more], capture_output=True, text=True
         )
         said = (done.stdout + done.stderr).replace(f"{self.work}/", "").strip().splitlines()
         section["agreement"] += said
         if done.returncode != 0:
-            raise Disagreement(f"{section['workload']} {section['data']}: " + "\n".join(said[-5:]))
+            self.tell(f"{section['workload']} {section['data']}: " + "\n".join(said[-5:]))
+
+    def tell(self, difference):
+        self.agreed = False
+        print(f"bench: {difference}", file=sys.stderr, flush=True)
 
     def bar(self, section, what, measured, limit, unit=""):
         # The bars hold for the whole tables; on smaller ones start-up is most of every time.
@@ -223,7 +228,10 @@ class Bench:
             ]  # fmt: skip
             section = self.alternate(workload, kind, commands)
             self.ratio_bars(section, commands, {"fastest peer": TO_PEERS[workload, kind]}, floor=True)
-            self.check(section, "screen", own, commands)
+            self.check(section, "screen", own, [c for c in commands if c.peer != "scikit-learn"])
+            # It adds up squares of what stands in the table, others those of distances from a mean.
+            self.check(section, "squares", own, [c for c in commands if c.peer == "scikit-learn"],
+                       self.data / f"{workload}.parquet")  # fmt: skip
             if workload == "W1":
                 decoded = int(subprocess.check_output(
                     [sys.executable, BENCH / "check.py", "size", self.data / "W1.parquet"]))  # fmt: skip
@@ -312,16 +320,14 @@ class Bench:
     def run(self):
         """True if all results agree."""
         tasks = {"W4": self.search, "W5": self.scoring, "W6": self.start_up}
-        agreed = True
         for workload in self.given.workloads:
             try:
                 if workload != "W6":
                     self.make_table(TABLE_OF.get(workload, workload))
                 tasks.get(workload, self.screening)(workload)
             except Disagreement as difference:
-                agreed = False
-                print(f"bench: {difference}", file=sys.stderr, flush=True)
-        return agreed
+                self.tell(difference)
+        return self.agreed
 
 
 def machine():
