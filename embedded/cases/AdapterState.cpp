@@ -1,9 +1,7 @@
 #include "embedded/cases/AdapterState.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <limits>
 #include <map>
 #include <type_traits>
 
@@ -395,14 +393,11 @@ void UAAdapterState::RunByColumn(std::int64_t rows, const std::function<void(std
     fExecutor.RunOver(rows, fvColumns.size(), task);
 }
 
-// So many that what they take stays small, but not so few that blocks are not worth their while.
+// What is counted are the buffers of the open rows; copies that blocks are made of come on top.
 void UAAdapterState::SettleOpenRows() {
-    constexpr std::int64_t kMostBytes = 16 << 20;
-    constexpr std::int32_t kFewestRows = 512;
     std::int64_t rowBytes = 0;
-    for (const embedded::RecordColumn& column : fvColumns)
-        rowBytes += std::int64_t{2} * column.OpenBytes();
-    while (fOpenRows > kFewestRows && fOpenRows * rowBytes > kMostBytes) fOpenRows /= 2;
+    for (const embedded::RecordColumn& column : fvColumns) rowBytes += column.OpenBytes();
+    fOpenRows = embedded::RowsToOpen(rowBytes);
 }
 
 void UAAdapterState::Open(std::int64_t firstRow) {

@@ -75,8 +75,10 @@ class RecordColumn {
     /// opened.
     void Open(const ChunkPart& part);
     void Open(std::int32_t chunk) { Open(ChunkPart{chunk}); }
-    /// Bytes that Open takes a row.
-    std::int32_t OpenBytes() const { return fpColumn->BufferBytes(fbCategorical); }
+    /// Bytes that a row takes in the buffers of two Opens.
+    std::int64_t OpenBytes() const {
+        return std::int64_t{2} * fpColumn->BufferBytes(fbCategorical);
+    }
     /// The record's value for a row of the open chunk: a code or -1, a number or the missing value.
     double Value(std::int32_t row) const { return fbCategorical ? CodeValue(row) : Number(row); }
     /// True when the row of the open chunk has a value, but none that has a code.

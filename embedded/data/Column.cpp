@@ -41,6 +41,14 @@ std::int64_t CountRows(const std::vector<Stored>& chunks) {
 
 }  // namespace
 
+std::int32_t RowsToOpen(std::int64_t rowBytes) {
+    constexpr std::int64_t kMostBytes = 16 << 20;
+    constexpr std::int32_t kFewestRows = 512;
+    std::int32_t rows = kChunkRows;
+    while (rows > kFewestRows && rows * rowBytes > kMostBytes) rows /= 2;
+    return rows;
+}
+
 std::vector<double> AscendingValues(const NumberCodes& codes,
                                     std::vector<std::uint32_t>& newEntries) {
     const std::vector<double>& met = codes.Values();

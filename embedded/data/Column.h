@@ -46,6 +46,11 @@ struct ChunkPart {
     std::int32_t fRows = kChunkRows;  // there may be fewer
 };
 
+/// Rows of a chunk to open together in columns that are not held as they are read, whose buffers
+/// take rowBytes bytes a row in all: kChunkRows halved until the buffers take 16 MiB at most, but
+/// not below 512, as fewer rows are not worth their reading. Divides kChunkRows.
+std::int32_t RowsToOpen(std::int64_t rowBytes);
+
 /// Room for one chunk of a column that is not held as it is asked for. Each thread that reads has
 /// its own.
 struct ColumnBuffer {

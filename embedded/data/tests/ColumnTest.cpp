@@ -132,6 +132,14 @@ TEST_P(ChunkBorder, EveryRowIsFoundInItsChunk) {
 INSTANTIATE_TEST_SUITE_P(Rows, ChunkBorder,
                          testing::Values(1, 63, 64, 65, 65535, 65536, 65537, 131072, 131073));
 
+TEST(RowsToOpen, TakeSixteenMebibytesAtMostButAreNeverTooFew) {
+    EXPECT_EQ(RowsToOpen(0), kChunkRows);
+    EXPECT_EQ(RowsToOpen(256), kChunkRows);
+    EXPECT_EQ(RowsToOpen(257), kChunkRows / 2);
+    EXPECT_EQ(RowsToOpen(16 * 2000), 512);
+    EXPECT_EQ(RowsToOpen(std::int64_t{16} * 50'000'000), 512);
+}
+
 TEST(Column, AChunkWithoutMissingRowsHasNoValidityBits) {
     NumericColumnBuilder builder;
     for (std::int32_t row = 0; row < 2 * kChunkRows; ++row) {
