@@ -24,9 +24,9 @@ def output(program, root, tmp_path_factory):
     return folder
 
 
-def check(root, kind, own, peer):
+def check(root, kind, own, peer, *more):
     return subprocess.run(
-        [sys.executable, root / "bench" / "check.py", kind, own, peer], capture_output=True, text=True
+        [sys.executable, root / "bench" / "check.py", kind, own, peer, *more], capture_output=True, text=True
     )
 
 
@@ -78,6 +78,25 @@ def test_a_statistic_that_differs_is_found(root, output, tmp_path, column):
     assert check(root, "screen", output / "runs" / "screen.json", peer).returncode == 0
     done = check(root, "screen", output / "runs" / "screen.json", wrong)
     assert done.returncode == 1 and cells[0] in done.stdout
+
+
+@pytest.mark.parametrize(("digits", "agrees"), [(0.3, True), (3.0, False)])
+def test_sums_of_squares_may_differ_in_their_last_digit_alone(root, output, tmp_path, digits, agrees):
+    table = next((output / "data").glob("*/W1.parquet"))
+    peer = output / "runs" / "screen.numpy.csv"
+    lines = peer.read_text().splitlines()
+    at = lines[0].split(",").index("statistic")
+    row = next(i for i, line in enumerate(lines) if line.startswith("x0001,"))
+    cells = lines[row].split(",")
+    values = pyarrow.parquet.read_table(table, columns=["x0001"])["x0001"].drop_null().to_numpy()
+    last_digit = sys.float_info.epsilon * len(values) * (1 + values.mean() ** 2 / values.var())
+    statistic = float(cells[at])
+    cells[at] = repr(statistic + digits * max(1e-8 * statistic, last_digit))
+    lines[row] = ",".join(cells)
+    other = tmp_path / "other.csv"
+    other.write_text("\n".join(lines) + "\n")
+    done = check(root, "squares", output / "runs" / "screen.json", other, table)
+    assert (done.returncode == 0) == agrees, done.stdout
 
 
 def test_a_chain_in_another_order_is_found(root, output, tmp_path):
