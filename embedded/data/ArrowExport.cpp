@@ -51,6 +51,7 @@ bool HoldsExactly(double value, double perUnit) {
     return std::abs(scaled) < kLimit && std::round(scaled) / perUnit == value;
 }
 
+// The offsets are those of a chunk.
 ExportType TextType(const Column& column) {
     std::size_t longest = 0;
     for (const std::string& text : column.Categories().Strings()) {
@@ -353,9 +354,8 @@ class Columns final : public ArrowColumns {
         parts->Own({});
         if (IsText(column)) {
             const std::vector<std::string>& texts = categories.Strings();
-            AddTexts(
-                TypeAt(column).fLayout, texts.size(), [&](std::size_t at) { return &texts[at]; },
-                *parts);
+            AddTexts<std::int64_t>(
+                texts.size(), [&](std::size_t at) { return &texts[at]; }, *parts);
         } else {
             ColumnChunk numbers;
             numbers.fRows = categories.Count();
@@ -365,14 +365,25 @@ class Columns final : public ArrowColumns {
         FillArray(std::move(parts), categories.Count(), 0, out);
     }
 
+    ValueTotals TotalsOf(std::int32_t column) const override {
+        const ColumnCategories& categories = Of(column).Categories();
+        ValueTotals totals = {categories.Count(), 0};
+        for (const std::string& text : categories.Strings()) {
+            totals.fTextBytes += static_cast<std::int64_t>(text.size());
+        }
+        return totals;
+    }
+
+    void Release(std::int32_t column) const override { Buffer(column) = ColumnBuffer(); }
+
     bool IsScattered(std::int32_t column) const override {
         const Column& of = Of(column);
         if (IsText(column)) return std::int64_t{of.Categories().Count()} * 2 > of.ValidCount();
         if (of.IsCoded() || ChunkCount() == 0) return false;
-        constexpr std::size_t kSample = 4096;
+        constexpr std::int32_t kSample = 4096;
         std::unordered_set<double> met;
-        const std::span<const double> numbers = Rows(column, 0).fNumbers;
-        const std::span<const double> sample = numbers.first(std::min(numbers.size(), kSample));
+        ColumnBuffer buffer;
+        const std::span<const double> sample = of.Numbers(ChunkPart{0, 0, kSample}, buffer);
         met.insert(sample.begin(), sample.end());
         return met.size() * 2 > sample.size();
     }

@@ -11,7 +11,6 @@
 #include <ostream>
 #include <string>
 #include <system_error>
-#include <utility>
 
 #include "embedded/data/DataError.h"
 #include "embedded/data/FileWriters.h"

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
-#include <type_traits>
 #include <variant>
 
 #include "host/Records.h"
@@ -74,8 +73,9 @@ void ParquetPage::PutVarint(std::size_t number) {
     fvBytes[fSize++] = static_cast<std::uint8_t>(number);
 }
 
-// Puts the levels and calls put(value, place among those that are there) for each row: what is put
-// for a missing one is put over by the next.
+// Puts the levels. makePut(where what follows them begins) gives put, and put(value, place among
+// those that are there) is called for each row: what is put for a missing one is put over by the
+// next.
 template <class Value, class MakePut>
 void ParquetPage::TakeValid(std::span<const Value> rows, Value missing, MakePut makePut) {
     fSize = 4;  // the length of what follows of the levels
@@ -135,7 +135,9 @@ void ParquetPage::SetEntries(std::span<const Entry> rows, std::size_t values) {
 
 template <class Entry>
 void ParquetPage::PutPlaces(std::span<const Entry> places, unsigned width) {
-    constexpr std::size_t kShortestRun = 32;  // shorter ones take less room bit-packed
+    // Shorter ones stay in the packed stretch, which they would break: the codec finds what repeats
+    // there.
+    constexpr std::size_t kShortestRun = 32;
     std::size_t done = 0;
     for (std::size_t at = 0; at + kPack <= places.size();) {
         std::size_t end = at + kPack;

@@ -108,7 +108,8 @@ class Dictionary {
                const std::shared_ptr<arrow::DataType>& type) {
         ArrowArray values{};
         columns.Values(index, values);
-        fpValues = Require(arrow::ImportArray(&values, type));
+        fpValues = Require(
+            arrow::ImportArray(&values, columns.IsText(index) ? arrow::large_utf8() : type));
     }
 
     std::int64_t Count() const { return fpValues->length(); }
@@ -133,8 +134,7 @@ class Dictionary {
 
  private:
     std::shared_ptr<arrow::Buffer> Plain() const {
-        const arrow::Type::type type = fpValues->type_id();
-        if (type != arrow::Type::STRING && type != arrow::Type::LARGE_STRING) {
+        if (fpValues->type_id() != arrow::Type::LARGE_STRING) {
             return std::make_shared<arrow::Buffer>(fpValues->data()->GetValues<std::uint8_t>(1, 0),
                                                    Count() * fpValues->type()->byte_width());
         }
@@ -150,9 +150,7 @@ class Dictionary {
     }
 
     std::string_view Text(std::int64_t place) const {
-        return fpValues->type_id() == arrow::Type::STRING
-                   ? static_cast<const arrow::StringArray&>(*fpValues).GetView(place)
-                   : static_cast<const arrow::LargeStringArray&>(*fpValues).GetView(place);
+        return static_cast<const arrow::LargeStringArray&>(*fpValues).GetView(place);
     }
 
     template <class Type>
@@ -188,6 +186,7 @@ class ParquetColumn {
           fType(std::move(type)),
           fForm(columns.FormOf(index)),
           fbScattered(columns.IsScattered(index)),
+          fTotals(fForm == ColumnForm::kEntries ? columns.TotalsOf(index) : ValueTotals()),
           fContext(arrow::default_memory_pool(),
                    const_cast<parquet::ArrowWriterProperties*>(&properties)) {}
 
@@ -216,6 +215,11 @@ class ParquetColumn {
         } else {
             WriteArrays(firstChunk, endChunk);
         }
+        // There may be very many columns.
+        fColumns.Release(fIndex);
+        fPage = ParquetPage();
+        fpCompressed.reset();
+        fvLevels = {};
     }
 
     // Gives to the sink what has been written. Returns its size before compression.
@@ -236,14 +240,17 @@ class ParquetColumn {
     }
 
  private:
-    // Texts that mostly differ are as well without one; of numbers it may hold more than the rows.
-    bool HasUseOfDictionary(std::int64_t rows) {
-        if (fbScattered) return false;
-        if (!fDictionary) fDictionary.emplace(fColumns, fIndex, fType);
-        return fColumns.IsText(fIndex) || fDictionary->Count() * 4 <= rows;
+    // The dictionary of all values stands in each row group, so it must not be more than the rows
+    // themselves; a number says little more than its entry. A page has a 32-bit size.
+    bool HasUseOfDictionary(std::int64_t rows) const {
+        constexpr std::int64_t kMostTextBytes = std::int64_t{1} << 30;
+        const std::int64_t rowsPerValue = fColumns.IsText(fIndex) ? 1 : 4;
+        return !fbScattered && fTotals.fCount * rowsPerValue <= rows &&
+               fTotals.fTextBytes <= kMostTextBytes;
     }
 
     void WriteEntries(std::int32_t firstChunk, std::int32_t endChunk) {
+        if (!fDictionary) fDictionary.emplace(fColumns, fIndex, fType);
         fbDictionaryWritten = true;
         fBytes += fpPages->WriteDictionaryPage(fDictionary->Page());
         const auto count = static_cast<std::size_t>(fDictionary->Count());
@@ -342,6 +349,7 @@ class ParquetColumn {
     std::shared_ptr<arrow::DataType> fType;
     ColumnForm fForm;
     bool fbScattered;
+    ValueTotals fTotals;  // of entries
     parquet::ArrowWriteContext fContext;
     std::optional<Dictionary> fDictionary;
     ParquetPage fPage;

@@ -84,7 +84,7 @@ std::string NumberCell(ColumnKind kind, double value) {
     }
 }
 
-// Rows of a chunk are formatted side by side, in pieces, and written in order.
+// Rows that are opened together are formatted side by side, in pieces, and written in order.
 class TextWriter {
  public:
     TextWriter(const DataSet& data, char delimiter, std::ostream& file, std::int32_t threads)
@@ -93,7 +93,7 @@ class TextWriter {
           fFile(file),
           fThreads(threads),
           fvCells(static_cast<std::size_t>(data.ColumnCount())),
-          fvLines(kChunkRows / kPieceRows) {}
+          fvLines(kPieces) {}
 
     void Write() {
         std::string header;
@@ -104,16 +104,20 @@ class TextWriter {
         fFile << header << '\n';
         ForEachColumn([this](std::size_t i) { FormatCategories(i); });
         const std::int64_t rows = fData.RowCount();
-        for (std::int64_t first = 0; first < rows && fFile; first += kChunkRows) {
-            WriteChunk(first / kChunkRows, std::min<std::int64_t>(kChunkRows, rows - first));
+        const std::int32_t open = OpenRows();
+        for (std::int64_t first = 0; first < rows && fFile; first += open) {
+            WriteRows({static_cast<std::int32_t>(first / kChunkRows),
+                       static_cast<std::int32_t>(first % kChunkRows),
+                       static_cast<std::int32_t>(std::min<std::int64_t>(open, rows - first))},
+                      open / kPieces);
         }
         fFile.flush();
     }
 
  private:
-    static constexpr std::int64_t kPieceRows = 4096;
+    static constexpr std::int32_t kPieces = 16;
 
-    // A column and the chunk that is being written.
+    // A column and the rows of it that are being written.
     struct ColumnCells {
         std::vector<std::string> fvTexts;  // of a column that is held as codes, by category
         ColumnBuffer fBuffer;
@@ -127,6 +131,17 @@ class TextWriter {
     }
     const Column& ColumnAt(std::size_t i) const {
         return fData.GetColumn(static_cast<std::int32_t>(i));
+    }
+
+    // The lines take room too.
+    std::int32_t OpenRows() const {
+        constexpr std::int64_t kCellBytes = 16;  // about as many as a number has digits
+        std::int64_t rowBytes = 0;
+        for (std::int32_t i = 0; i < fData.ColumnCount(); ++i) {
+            const Column& column = fData.GetColumn(i);
+            rowBytes += column.BufferBytes(column.IsCoded()) + kCellBytes;
+        }
+        return RowsToOpen(rowBytes);
     }
 
     // Distinct values are formatted once.
@@ -155,20 +170,20 @@ class TextWriter {
         return quoted + '"';
     }
 
-    void WriteChunk(std::int64_t chunk, std::int64_t rows) {
-        ForEachColumn([this, index = static_cast<std::int32_t>(chunk)](std::size_t i) {
+    void WriteRows(const ChunkPart& part, std::int32_t pieceRows) {
+        ForEachColumn([this, &part](std::size_t i) {
             ColumnCells& cells = fvCells[i];
             if (ColumnAt(i).IsCoded()) {
-                cells.fEntries = ColumnAt(i).Codes(index, cells.fBuffer).GetEntries();
+                cells.fEntries = ColumnAt(i).Codes(part, cells.fBuffer).GetEntries();
             } else {
-                cells.fNumbers = ColumnAt(i).Numbers(index, cells.fBuffer);
+                cells.fNumbers = ColumnAt(i).Numbers(part, cells.fBuffer);
             }
         });
-        const auto pieces = static_cast<std::int32_t>((rows + kPieceRows - 1) / kPieceRows);
-        RunTasks(fThreads, pieces, [this, rows](std::int32_t piece) {
-            const std::int64_t first = piece * kPieceRows;
+        const std::int32_t pieces = (part.fRows + pieceRows - 1) / pieceRows;
+        RunTasks(fThreads, pieces, [this, &part, pieceRows](std::int32_t piece) {
+            const std::int32_t first = piece * pieceRows;
             FormatRows(static_cast<std::size_t>(first),
-                       static_cast<std::size_t>(std::min(first + kPieceRows, rows)),
+                       static_cast<std::size_t>(std::min(first + pieceRows, part.fRows)),
                        fvLines[static_cast<std::size_t>(piece)]);
         });
         for (std::int32_t piece = 0; piece < pieces && fFile; ++piece) {
@@ -214,7 +229,7 @@ class TextWriter {
     std::ostream& fFile;
     std::int32_t fThreads;
     std::vector<ColumnCells> fvCells;  // by column
-    std::vector<std::string> fvLines;  // by piece of the chunk
+    std::vector<std::string> fvLines;  // by piece of the open rows
 };
 
 [[noreturn]] void Fail(const std::string& name, int reason) {

@@ -3,21 +3,28 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iostream>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <ostream>
 #include <random>
+#include <set>
+#include <span>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "embedded/data/ArrowExport.h"
 #include "embedded/data/DataSetBuilder.h"
 #include "embedded/data/Describe.h"
+#include "embedded/data/FileWriters.h"
 #include "embedded/data/OpenDataSet.h"
 #include "embedded/data/tests/TemporaryFiles.h"
 #include "tests/support/RandomSeed.h"
@@ -349,7 +356,138 @@ TEST_P(RoundTrip, ThreadsDoNotShowInTheFile) {
     EXPECT_TRUE(Saved(data, format, 1) == Saved(data, format, 4));
 }
 
+// The columns lie in a file and are opened in parts, which the rows do not fill.
+TEST_P(RoundTrip, ManyColumnsBeyondTheMemoryAreReadAsTheyWere) {
+    constexpr std::int32_t kColumns = 1000;
+    constexpr std::int32_t kRows = 1300;
+    DataSetBuilder builder;
+    for (std::int32_t column = 0; column < kColumns; ++column) {
+        const std::string name = "x" + std::to_string(column);
+        if (column % 10 == 0) {
+            std::vector<std::optional<std::string>> texts(kRows);
+            for (std::int32_t row = 1; row < kRows; ++row) {
+                texts[static_cast<std::size_t>(row)] = "t" + std::to_string((row + column) % 7);
+            }
+            builder.Strings(name, texts);
+        } else {
+            std::vector<double> numbers(kRows, gMissingValue);
+            for (std::int32_t row = 1; row < kRows; ++row) {
+                numbers[static_cast<std::size_t>(row)] = row + column / 4096.0;
+            }
+            builder.Numbers(name, numbers);
+        }
+    }
+    const TemporaryFiles files;
+    const std::string path = files.Path("source.csv");
+    const DataSet data = builder.Build();
+    SaveDataSet(data, SaveFormat::kCsv, path);
+    OpenOptions options;
+    options.fMemory = 1;
+    const DataSet stored = OpenDataSet(path, options);
+    ASSERT_GT(stored.GetColumn(1).BufferBytes(false), 0);
+    ExpectSameValues(data, Again(stored, true));
+}
+
 INSTANTIATE_TEST_SUITE_P(Formats, RoundTrip, testing::Values(".csv", ".tsv", ".parquet", ".arrow"));
+
+// In the rows that follow the distinct texts, a dictionary of all of them would take the more room.
+TEST(ParquetWriter, HasNoDictionaryOfAllTextsInEveryRowGroup) {
+    const std::uint32_t seed = testsupport::RandomSeed();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937_64 random(seed);
+    constexpr std::size_t kDistinct = 2 * kChunkRows + 9000;
+    constexpr std::size_t kLength = 16;
+    std::vector<std::optional<std::string>> texts(10 * kChunkRows);
+    for (std::size_t row = 0; row < texts.size(); ++row) {
+        if (row >= kDistinct) {
+            texts[row] = texts[row % 5];
+            continue;
+        }
+        texts[row].emplace();
+        while (texts[row]->size() < kLength) {
+            *texts[row] += static_cast<char>('a' + random() % 26);
+        }
+    }
+    const DataSet data = DataSetBuilder().Strings("id", texts).Build();
+    const TemporaryFiles files;
+    const std::string path = files.Path("data.parquet");
+    SaveDataSet(data, SaveFormat::kParquet, path);
+    EXPECT_LT(std::filesystem::file_size(path), 3 * kDistinct * kLength / 2);
+    ExpectSameValues(data, OpenDataSet(path));
+}
+
+// All distinct texts may be longer than 32-bit offsets reach, though those of a chunk are not.
+TEST(ExportColumns, DistinctTextsHaveOffsetsOf64Bits) {
+    const DataSet data = DataSetBuilder().Strings("s", {"ccc", "a", std::nullopt, "bb"}).Build();
+    ArrowArray values{};
+    ExportColumns(data)->Values(0, values);
+    ASSERT_EQ(values.length, 3);
+    ASSERT_EQ(values.n_buffers, 3);
+    const std::span offsets(static_cast<const std::int64_t*>(values.buffers[1]), 4);
+    EXPECT_EQ(std::vector(offsets.begin(), offsets.end()), (std::vector<std::int64_t>{0, 1, 3, 6}));
+    EXPECT_EQ(std::string(static_cast<const char*>(values.buffers[2]), 6), "abbccc");
+    values.release(&values);
+}
+
+// Passes on what the columns give, and counts those that have been read but not released.
+class CountedColumns final : public ArrowColumns {
+ public:
+    explicit CountedColumns(const DataSet& data) : fpColumns(ExportColumns(data)) {}
+
+    std::size_t MostRead() const { return fMostRead; }
+    std::size_t Read() const { return fRead.size(); }
+
+    void Schema(ArrowSchema& out) const override { fpColumns->Schema(out); }
+    std::int64_t RowCount() const override { return fpColumns->RowCount(); }
+    std::int32_t ColumnCount() const override { return fpColumns->ColumnCount(); }
+    std::int32_t ChunkCount() const override { return fpColumns->ChunkCount(); }
+    void Chunk(std::int32_t column, std::int32_t chunk, ArrowArray& out) const override {
+        Note(column);
+        fpColumns->Chunk(column, chunk, out);
+    }
+    bool IsText(std::int32_t column) const override { return fpColumns->IsText(column); }
+    ColumnForm FormOf(std::int32_t column) const override { return fpColumns->FormOf(column); }
+    CodeSpan Entries(std::int32_t column, std::int32_t chunk) const override {
+        Note(column);
+        return fpColumns->Entries(column, chunk);
+    }
+    void Values(std::int32_t column, ArrowArray& out) const override {
+        fpColumns->Values(column, out);
+    }
+    ValueTotals TotalsOf(std::int32_t column) const override { return fpColumns->TotalsOf(column); }
+    std::span<const double> Numbers(std::int32_t column, std::int32_t chunk) const override {
+        Note(column);
+        return fpColumns->Numbers(column, chunk);
+    }
+    bool IsScattered(std::int32_t column) const override { return fpColumns->IsScattered(column); }
+    void Release(std::int32_t column) const override {
+        fRead.erase(column);
+        fpColumns->Release(column);
+    }
+
+ private:
+    void Note(std::int32_t column) const {
+        fRead.insert(column);
+        fMostRead = std::max(fMostRead, fRead.size());
+    }
+
+    std::unique_ptr<ArrowColumns> fpColumns;
+    mutable std::set<std::int32_t> fRead;
+    mutable std::size_t fMostRead = 0;
+};
+
+TEST(ParquetWriter, GivesBackEachColumnBeforeItReadsTheNext) {
+    const std::uint32_t seed = testsupport::RandomSeed();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    const DataSet data = ManyForms(random, 2 * kChunkRows + 9);
+    const CountedColumns columns(data);
+    std::ostringstream file;
+    WriteParquet(columns, file, "memory", 1);
+    EXPECT_EQ(columns.MostRead(), 1U);
+    EXPECT_EQ(columns.Read(), 0U);
+    EXPECT_TRUE(file.str() == Saved(data, SaveFormat::kParquet));
+}
 
 // What the schema of the source says of the form of cells does not hold for the saved file.
 TEST(SchemaOf, ForgetsTheFormOfTheCellsThatWereRead) {
