@@ -78,7 +78,16 @@ LayoutRecords::LayoutRecords(const DataSet& data, const RecordLayout& layout,
                         data.SourceName() + ": does not fit the model: " + faults +
                             "; give data with the variables that the model was made from");
     }
+    SettleOpenRows();
     NewPass();
+}
+
+void LayoutRecords::SettleOpenRows() {
+    std::int64_t rowBytes = 0;
+    for (const Source& source : fvSources) {
+        if (source.fMade) rowBytes += source.fMade->OpenBytes();
+    }
+    fOpenRows = RowsToOpen(rowBytes);
 }
 
 MCCommon::BlockColumn LayoutRecords::Source::Absent(std::size_t rows) {
@@ -94,7 +103,7 @@ std::int32_t LayoutRecords::NewPass() {
     fvUnknown.assign(fvUnknown.size(), Oddity());
     fRow = -1;
     fRowGiven = -1;
-    fChunk = -1;
+    fOpenRow = -1;
     fWeightChunk = -1;
     MoveOn();
     return GetFailReason();
@@ -121,20 +130,22 @@ void LayoutRecords::MoveOn() {
 }
 
 // Opened when it gives a record: a block of the chunk before stays valid until then.
-void LayoutRecords::OpenChunkOf(std::int64_t row) {
-    const auto chunk = static_cast<std::int32_t>(row / kChunkRows);
-    if (chunk == fChunk) return;
-    fChunk = chunk;
-    fExecutor.RunOver(std::min<std::int64_t>(kChunkRows, fpData->RowCount()), fvSources.size(),
+void LayoutRecords::OpenRowsOf(std::int64_t row) {
+    const std::int64_t first = row - row % fOpenRows;
+    if (first == fOpenRow) return;
+    fOpenRow = first;
+    const ChunkPart part{static_cast<std::int32_t>(first / kChunkRows),
+                         static_cast<std::int32_t>(first % kChunkRows), fOpenRows};
+    fExecutor.RunOver(std::min<std::int64_t>(fOpenRows, fpData->RowCount()), fvSources.size(),
                       [&](std::size_t i) {
-                          if (fvSources[i].fMade) fvSources[i].fMade->Open(chunk);
+                          if (fvSources[i].fMade) fvSources[i].fMade->Open(part);
                       });
 }
 
 const MCCommon::Record* LayoutRecords::Next() {
     if (!HasMore()) return nullptr;
-    OpenChunkOf(fRow);
-    const auto row = static_cast<std::int32_t>(fRow % kChunkRows);
+    OpenRowsOf(fRow);
+    const auto row = static_cast<std::int32_t>(fRow - fOpenRow);
     for (std::size_t i = 0; i < fvSources.size(); ++i) {
         const std::optional<RecordColumn>& made = fvSources[i].fMade;
         fRecord[static_cast<std::int32_t>(i)] = made ? made->Value(row) : fvSources[i].fAbsent;
@@ -147,15 +158,14 @@ const MCCommon::Record* LayoutRecords::Next() {
 
 const MCCommon::RecordBlock* LayoutRecords::NextBlock(std::int32_t maxRows) {
     if (!HasMore()) return nullptr;
-    OpenChunkOf(fRow);
-    const std::int64_t firstRow = std::int64_t{fChunk} * kChunkRows;
-    const std::int64_t end = std::min(firstRow + kChunkRows, fpData->RowCount());
+    OpenRowsOf(fRow);
+    const std::int64_t end = std::min(fOpenRow + fOpenRows, fpData->RowCount());
     fvBlockRows.clear();
     while (fRow < end && static_cast<std::int32_t>(fvBlockRows.size()) < maxRows) {
         fvBlockRows.push_back(fRow);
         MoveOn();
     }
-    const ChunkRows rows(fvBlockRows, firstRow);
+    const ChunkRows rows(fvBlockRows, fOpenRow);
     fBlock.fRows = static_cast<std::int32_t>(rows.Count());
     fBlock.fvColumns.resize(fvSources.size());
     std::vector<std::vector<std::int64_t>> unknown(fvSources.size());

@@ -31,7 +31,8 @@ struct LayoutRecordsOptions {
 /// arrives as the code that its value has in the layout; a value that the layout does not know as
 /// -1, and is counted. Values that the layout or the data declare user-missing are missing unless
 /// the layout includes them. Cases whose weight is missing or not above 0 are left out. Blocks end
-/// where the chunks of the data do.
+/// where the rows that are open together do: with the chunk, or a part of it where the columns are
+/// many and not held as they are delivered.
 class LayoutRecords final : public MCCommon::MultiPassRecordIter,
                             public MCCommon::RecordBlockSource {
  public:
@@ -69,7 +70,8 @@ class LayoutRecords final : public MCCommon::MultiPassRecordIter,
     };
     bool HasWeight(std::int64_t row);
     void MoveOn();
-    void OpenChunkOf(std::int64_t row);
+    void SettleOpenRows();
+    void OpenRowsOf(std::int64_t row);
 
     const DataSet* fpData;
     TaskExecutor fExecutor;
@@ -81,9 +83,10 @@ class LayoutRecords final : public MCCommon::MultiPassRecordIter,
     MCCommon::Record fRecord;
     MCCommon::RecordBlock fBlock;
     std::vector<std::int64_t> fvBlockRows;
-    std::int64_t fRow = -1;       // the case that is next
-    std::int64_t fRowGiven = -1;  // the case that Next gave
-    std::int32_t fChunk = -1;     // the open one
+    std::int64_t fRow = -1;               // the case that is next
+    std::int64_t fRowGiven = -1;          // the case that Next gave
+    std::int32_t fOpenRows = kChunkRows;  // opened together
+    std::int64_t fOpenRow = -1;           // the first of the open ones
 };
 
 }  // namespace embedded

@@ -321,6 +321,11 @@ TEST_P(LayoutBlocks, GiveWhatRecordsGive) {
             {"nowhere", ColumnKind::kNumber, 0, false, {}, {}},
             {"w", ColumnKind::kNumber, 0, false, {}, {false, 0, 0, {KoltObs(2.0)}}}};
         layout.fWeightColumn = 7;
+        // So many numbers that are held as codes that the rows of a chunk are opened in parts.
+        const int more = random() % 2 == 0 ? 40 : 0;
+        for (int i = 0; i < more; ++i) {
+            layout.fvColumns.push_back({"held", ColumnKind::kNumber, 0, false, {}, {}});
+        }
         layout.fbUserMissExclude = random() % 2 == 0;
         LayoutRecordsOptions options;
         options.fvMayLack = {5, 6};
@@ -337,6 +342,30 @@ TEST_P(LayoutBlocks, GiveWhatRecordsGive) {
 }
 INSTANTIATE_TEST_SUITE_P(Rows, LayoutBlocks,
                          testing::Values(0, 1, 1000, kChunkRows, 3 * kChunkRows + 1));
+
+TEST(LayoutRecords, ManyColumnsThatAreNotHeldAsTheyAreDeliveredAreOpenedInParts) {
+    std::vector<double> numbers;
+    for (std::int32_t row = 0; row < kChunkRows + 7; ++row) numbers.push_back(row % 30);
+    const DataSet data = DataSetBuilder().Numbers("x", numbers).Build();
+    RecordLayout layout;
+    layout.fvColumns.assign(40, {"x", ColumnKind::kNumber, 0, false, {}, {}});
+    LayoutRecords records(data, layout);
+    // Two buffers of doubles a column.
+    const std::int32_t openRows = RowsToOpen(40 * 2 * sizeof(double));
+    ASSERT_LT(openRows, kChunkRows);
+    std::size_t row = 0;
+    std::vector<std::int32_t> sizes;
+    while (const MCCommon::RecordBlock* block = records.NextBlock(kChunkRows)) {
+        sizes.push_back(block->fRows);
+        for (std::int32_t i = 0; i < block->fRows; ++i, ++row) {
+            ASSERT_EQ(ValueOf(block->fvColumns[39], static_cast<std::size_t>(i)), numbers[row]);
+        }
+    }
+    EXPECT_EQ(row, numbers.size());
+    std::vector<std::int32_t> expected(static_cast<std::size_t>(kChunkRows / openRows), openRows);
+    expected.push_back(7);
+    EXPECT_EQ(sizes, expected);
+}
 
 TEST(LayoutRecords, ABlockStaysWhenThePassHasLookedIntoALaterChunk) {
     std::vector<double> weights(3 * std::size_t{kChunkRows}, 0.0);
