@@ -20,7 +20,7 @@ struct RunOptions {
     std::int32_t fThreads = 0;
     /// Random numbers of every command begin with it.
     std::uint32_t fSeed = 2026;
-    /// The folder for temporary files; empty: TMPDIR, else /tmp.
+    /// The folder for the engines' temporary files; empty: TMPDIR, else /tmp.
     std::string fTempDir{};
     /// Takes the engine of each command that has ended well, while it lives, and how its records
     /// were made. Procedures are told that nobody wants engines when it is empty. It must not

@@ -132,7 +132,8 @@ ExitStatus UpdateCommand(const ProgramOptions& options) {
         Fail("cannot update " + model.Name() + " with " + OneLine(data.SourceName()), status,
              model);
     }
-    // The engine has rewound the records, and they count what they deliver.
+    // The engine has rewound the records, and with them the counts of unknown values: once more,
+    // for these.
     while (records.NextBlock(embedded::kChunkRows) != nullptr) {
     }
     TellUnknownValues(records, model.Layout());

@@ -11,10 +11,10 @@
 
 namespace embedded {
 
-/// The cells of delimited text as Arrow's reader cuts them: binary columns, null where a cell is
-/// empty and not quoted. The text has no header; each of its records has `columns` fields and at
-/// most longestRecord bytes; empty lines are no records. Only the wanted columns are given, in the
-/// order asked for. Throws DataError.
+/// The cells of a text as Apache Arrow cuts them, to hold the own reader against: binary columns,
+/// null where a cell is empty and not quoted. The text has no header; each of its records has
+/// `columns` fields and at most longestRecord bytes; empty lines are no records. Only the wanted
+/// columns are given, in the order asked for. Throws DataError.
 ArrowStream ReadCells(std::string_view text, const TextDialect& dialect, std::int32_t columns,
                       const std::vector<std::int32_t>& wanted, std::int64_t longestRecord,
                       std::int32_t blockBytes, const std::string& name);
