@@ -18,6 +18,8 @@ namespace {
 constexpr std::size_t kPieceRecords = 1024;
 /// Fewer records of one share are not worth a piece of their own.
 constexpr std::size_t kShortestRun = 32;
+/// Row products that the logarithm of a record scored one by one is worth.
+constexpr std::size_t kPlainCost = 32;
 constexpr std::size_t kEmpty = static_cast<std::size_t>(-1);
 
 /// A scaled product's entries below this power of 2 are let go; they would only slow the arithmetic
@@ -215,33 +217,40 @@ void NBSubsetRecords::Restart() {
 }
 
 template <class Begin, class Visit, class Finish>
-void NBSubsetRecords::ForEachPiece(std::size_t cost, Begin begin, Visit visit, Finish finish) {
+void NBSubsetRecords::InRounds(std::size_t count, std::size_t work, Begin begin, Visit visit,
+                               Finish finish) const {
     // In row products: a task is worth handing over, a round takes a few milliseconds.
     constexpr std::size_t kTaskWork = std::size_t{1} << 18;
     constexpr std::size_t kRoundWork = std::size_t{1} << 22;
     constexpr std::size_t kFewestTasks = 4;
-    const std::size_t pieceWork = kPieceRecords * std::max<std::size_t>(cost, 1);
-    const std::size_t perTask = std::max<std::size_t>(kTaskWork / pieceWork, 1);
-    const std::size_t perRound =
-        perTask * std::max(kRoundWork / (perTask * pieceWork), kFewestTasks);
-    for (std::size_t first = 0; first < fvPieces.size(); first += perRound) {
+    const std::size_t perTask = std::max<std::size_t>(kTaskWork / work, 1);
+    const std::size_t perRound = perTask * std::max(kRoundWork / (perTask * work), kFewestTasks);
+    for (std::size_t first = 0; first < count; first += perRound) {
         if (fInterrupt.IsStopped()) return;
-        const std::size_t count = std::min(fvPieces.size() - first, perRound);
-        begin(count);
-        const auto run = [this, first, count, perTask, &visit](std::int32_t task) {
-            const std::size_t end = std::min((static_cast<std::size_t>(task) + 1) * perTask, count);
-            for (std::size_t i = static_cast<std::size_t>(task) * perTask; i < end; ++i) {
-                visit(fvPieces[first + i], i);
-            }
+        const std::size_t inRound = std::min(count - first, perRound);
+        begin(inRound);
+        const auto run = [first, inRound, perTask, &visit](std::int32_t task) {
+            const std::size_t at = static_cast<std::size_t>(task) * perTask;
+            visit(first, at, std::min(at + perTask, inRound));
         };
-        const auto tasks = static_cast<std::int32_t>((count + perTask - 1) / perTask);
+        const auto tasks = static_cast<std::int32_t>((inRound + perTask - 1) / perTask);
         if (fpExecutor != nullptr && tasks > 1) {
             fpExecutor->Run(tasks, run);
         } else {
             for (std::int32_t task = 0; task < tasks; ++task) run(task);
         }
-        finish(count);
+        finish(inRound);
     }
+}
+
+template <class Begin, class Visit, class Finish>
+void NBSubsetRecords::ForEachPiece(std::size_t cost, Begin begin, Visit visit, Finish finish) {
+    InRounds(
+        fvPieces.size(), kPieceRecords * std::max<std::size_t>(cost, 1), begin,
+        [this, &visit](std::size_t first, std::size_t at, std::size_t end) {
+            for (std::size_t i = at; i < end; ++i) visit(fvPieces[first + i], i);
+        },
+        finish);
 }
 
 void NBSubsetRecords::Join(std::int32_t table) {
@@ -294,8 +303,7 @@ void NBSubsetRecords::Score(const std::vector<std::int32_t>& selected,
     scoresOut.assign(candidates.size(), 0.0);
     const bool hasPlain = std::any_of(fvPieces.begin(), fvPieces.end(),
                                       [](const Piece& piece) { return piece.IsPlain(); });
-    constexpr std::size_t kPlainCost = 32;  // a logarithm each
-    std::vector<double> scores;             // of the pieces of a round
+    std::vector<double> scores;  // of the pieces of a round
     ForEachPiece(
         candidates.size() * (hasPlain ? kPlainCost : 1),
         [&](std::size_t count) { scores.assign(count * candidates.size(), 0.0); },
@@ -376,13 +384,28 @@ void NBSubsetRecords::ScoreSlot(std::size_t slot, double share,
 
 void NBSubsetRecords::ScoreInOrder(const std::vector<std::int32_t>& selected,
                                    const std::vector<std::int32_t>& candidates,
-                                   std::vector<double>& scoresOut) {
-    scoresOut.assign(candidates.size(), 0.0);
-    std::vector<double> product(fModel.GetNumTargets());
-    for (std::size_t i = 0; i < fNumRecords; ++i) {
-        if (i % kPieceRecords == 0 && fInterrupt.IsStopped()) return;
-        const std::size_t slot = fvSlots.empty() ? i : fvSlots[i];
-        const double share = fvSlots.empty() ? fvPieces.front().fShare : fvShares[slot];
-        ScoreSlot(slot, share, selected, candidates, product, scoresOut.data());
-    }
+                                   std::vector<double>& scoresOut) const {
+    const std::size_t numCandidates = candidates.size();
+    scoresOut.assign(numCandidates, 0.0);
+    // The terms of a round, by record; only their logarithms are worth several threads.
+    std::vector<double> terms;
+    InRounds(
+        fNumRecords, 1 + selected.size() + numCandidates * kPlainCost,
+        [&](std::size_t count) { terms.assign(count * numCandidates, 0.0); },
+        [&](std::size_t first, std::size_t at, std::size_t end) {
+            std::vector<double> product(fModel.GetNumTargets());
+            for (std::size_t i = at; i < end; ++i) {
+                const std::size_t slot = fvSlots.empty() ? first + i : fvSlots[first + i];
+                const double share = fvSlots.empty() ? fvPieces.front().fShare : fvShares[slot];
+                ScoreSlot(slot, share, selected, candidates, product,
+                          terms.data() + i * numCandidates);
+            }
+        },
+        [&](std::size_t count) {
+            for (std::size_t i = 0; i < count; ++i) {
+                for (std::size_t c = 0; c < numCandidates; ++c) {
+                    scoresOut[c] += terms[i * numCandidates + c];
+                }
+            }
+        });
 }

@@ -59,9 +59,11 @@ class NBSubsetRecords {
     void Score(const std::vector<std::int32_t>& selected,
                const std::vector<std::int32_t>& candidates, std::vector<double>& scoresOut);
     /// The same record by record in the order of adding, a logarithm each: the sums that decide
-    /// between candidates whose scores differ by no more than rounding.
+    /// between candidates whose scores differ by no more than rounding. Left unfinished by an
+    /// interrupt.
     void ScoreInOrder(const std::vector<std::int32_t>& selected,
-                      const std::vector<std::int32_t>& candidates, std::vector<double>& scoresOut);
+                      const std::vector<std::int32_t>& candidates,
+                      std::vector<double>& scoresOut) const;
 
  private:
     /// Neighbouring records that are scored together.
@@ -90,9 +92,15 @@ class NBSubsetRecords {
     void ScoreSlot(std::size_t slot, double share, const std::vector<std::int32_t>& selected,
                    const std::vector<std::int32_t>& candidates, std::vector<double>& product,
                    double* scores) const;
-    /// Calls visit(piece, its number in the round) for all pieces, side by side, and between the
-    /// rounds begin(pieces of the round) before and finish(the same) after it, until interrupted.
-    /// cost: row products a record.
+    /// Goes through `count` things in rounds until interrupted. For each round begin(things of the
+    /// round), then visit(first thing of the round, at, end) for stretches of the round's things,
+    /// counted within it, side by side, then finish(things of the round). work: row products that a
+    /// thing takes, above 0.
+    template <class Begin, class Visit, class Finish>
+    void InRounds(std::size_t count, std::size_t work, Begin begin, Visit visit,
+                  Finish finish) const;
+    /// Calls visit(piece, its number in the round) for all pieces, likewise. cost: row products a
+    /// record.
     template <class Begin, class Visit, class Finish>
     void ForEachPiece(std::size_t cost, Begin begin, Visit visit, Finish finish);
 

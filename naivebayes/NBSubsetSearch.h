@@ -98,8 +98,8 @@ class NBSubsetSearch {
     void SplitByRole(Step& step);
     /// The place among the candidates of the best one, that with the highest score, the first of
     /// equal ones. Where rounding alone orders the best scores, sums in the order of the records
-    /// decide, so that regrouping leaves the choice as it is. Adds to the scores what no pass
-    /// takes.
+    /// decide, so that regrouping leaves the choice as it is; not so on more drawn records than one
+    /// lot, of which the last alone is at hand. Adds to the scores what no pass takes.
     std::size_t PickBest(Step& step, double joint);
     /// Draws the records of a step and scores the candidates on them.
     void ScoreOnSimulated(Step& step, NBRecordSimulator& simulator);

@@ -278,6 +278,29 @@ TEST_P(NBSubsetRecordsTest, SumInTheOrderOfTheRecordsAsThePlainFormDoes) {
     }
 }
 
+TEST_P(NBSubsetRecordsTest, SumInTheOrderOfTheRecordsWhoeverTakesTheLogarithms) {
+    const auto seed = testsupport::RandomSeed();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    const TrainedTables trained(RandomSearchData(random, 9500, 5, GetParam(), 10));
+    BackwardExecutor executor;
+    Scored scored(trained, &executor);
+    scored.AddRecords(-1e-4);
+    Tables candidates;
+    for (std::int32_t c = 0; c < 40; ++c) candidates.push_back(c % 4);
+    std::vector<double> scores;
+    scored.fRecords.ScoreInOrder({4}, candidates, scores);
+    EXPECT_GT(executor.fNumRuns, 2);
+    EXPECT_EQ(scores, PlainScores(trained, {4}, candidates, -1e-4));
+
+    executor.fNumRuns = 0;
+    StopAfter processor(2);
+    scored.fInterrupt.fpStopProcessor = &processor;
+    scored.fRecords.ScoreInOrder({4}, candidates, scores);
+    EXPECT_TRUE(scored.fInterrupt.fStopped);
+    EXPECT_EQ(executor.fNumRuns, 2);
+}
+
 TEST_P(NBSubsetRecordsTest, ScoreTheSameInManyRounds) {
     const auto seed = testsupport::RandomSeed();
     SCOPED_TRACE("seed " + std::to_string(seed));

@@ -17,7 +17,8 @@ enum class RandomWeights { kNone, kFew, kMany };
 /// Predictors that tell something of the target, with missing codes; some are copies of others.
 inline SearchData RandomSearchData(std::mt19937& random, std::int32_t numRows,
                                    std::int32_t numPredictors, RandomWeights weights,
-                                   std::int32_t mostCategories = 300) {
+                                   std::int32_t mostCategories = 300,
+                                   std::int32_t fewestCategories = 1) {
     const auto below = [&random](std::int32_t limit) {
         return static_cast<std::int32_t>(random() % static_cast<std::uint32_t>(limit));
     };
@@ -30,7 +31,9 @@ inline SearchData RandomSearchData(std::mt19937& random, std::int32_t numRows,
         const std::int32_t categories =
             copyOf.back() < j
                 ? data.fPredictors[static_cast<std::size_t>(copyOf.back())].fNumCategories
-                : 1 + below(below(3) == 0 ? mostCategories : std::min(10, mostCategories));
+                : fewestCategories +
+                      below((below(3) == 0 ? mostCategories : std::min(10, mostCategories)) -
+                            fewestCategories + 1);
         data.fPredictors.push_back({categories, below(6) == 0 ? 1 : 2});
     }
     data.fPredictors.back().fRole = 2;
