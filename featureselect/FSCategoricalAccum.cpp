@@ -84,7 +84,7 @@ void FSCategoricalAccum::MergeCounts(const FSCategoricalAccum& other) {
     }
     fPredCounts.MergeFrom(other.fPredCounts);
     fProcessed += other.fProcessed;
-    fUnweightedValid += other.fUnweightedValid;
+    FSCountMore(fUnweightedValid, other.fUnweightedValid);
     fMissing += other.fMissing;
 }
 

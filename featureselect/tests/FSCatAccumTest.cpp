@@ -161,6 +161,15 @@ TEST(FSCatAccum, MergeAddsUnweightedRecordsUnlessASaveLostThem) {
     EXPECT_EQ(ShownNumber(merged, kUnweighted), 2.0);
 }
 
+TEST(FSCatAccum, MergeLeavesUnweightedRecordsAtTheLargestNumber) {
+    FSCatAccum merged = Of({{1, 0, 1}});
+    for (int doubling = 0; doubling < 32; ++doubling) {
+        const FSCatAccum same = merged;
+        merged.MergeFrom(same);
+    }
+    EXPECT_EQ(ShownNumber(merged, kUnweighted), 2147483647.0);
+}
+
 struct MergeCase {
     std::string fName;
     std::vector<double> fvFirst;
