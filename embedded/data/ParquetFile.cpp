@@ -545,7 +545,16 @@ class OpenedParquetFile : public ParquetFile {
     }
 
     std::int64_t RowCount() const override {
-        return fpFile->parquet_reader()->metadata()->num_rows();
+        const auto metadata = fpFile->parquet_reader()->metadata();
+        // The rows are read by the counts of their groups, which a damaged file may hold far above
+        // its total. No sum of counts this large overflows.
+        constexpr std::int64_t kMostOfGroup = std::int64_t{1} << 31;
+        std::int64_t rows = 0;
+        for (int group = 0; group < metadata->num_row_groups(); ++group) {
+            rows +=
+                std::clamp(metadata->RowGroup(group)->num_rows(), std::int64_t{0}, kMostOfGroup);
+        }
+        return std::max(rows, metadata->num_rows());
     }
 
     std::vector<std::optional<ReadColumn>> ReadPages(const std::vector<bool>& wanted,

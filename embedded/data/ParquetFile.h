@@ -28,7 +28,8 @@ class ParquetFile {
 
     /// The schema of the batches that Stream gives for all fields.
     virtual OwnedArrowSchema Schema() const = 0;
-    /// As the file says.
+    /// As the file says; where its row groups say more than its total, as they do, but no more
+    /// than 2^31 for each.
     virtual std::int64_t RowCount() const = 0;
 
     /// Reads fields straight from their pages, row groups and columns side by side: numbers,

@@ -9,6 +9,7 @@
 #include <parquet/arrow/writer.h>
 
 #include <array>
+#include <cstring>
 #include <random>
 
 #include "embedded/data/OpenDataSet.h"
@@ -290,6 +291,49 @@ TEST(ParquetPages, DamagedOnesNeverCrash) {
     }
     EXPECT_GT(refused, 0);
     EXPECT_GT(taken, 0);
+}
+
+// Rows are read by the counts of their groups, so that these are what too many is told from.
+TEST(ParquetPages, OfMoreRowsThanTheTotalSaysAreCounted) {
+    std::mt19937 random(1);
+    const std::int64_t rows = 123457;
+    const auto column = ArrayOf<arrow::Int32Builder>(
+        random, rows, 0, [](std::int64_t row) { return static_cast<std::int32_t>(row % 3); });
+    const auto table =
+        arrow::Table::Make(arrow::schema({arrow::field("x", column->type())}), {column});
+    // A field after its neighbour, of 64 bits, and its number in sevens of bits, lowest first.
+    const auto count = [](std::int64_t number) {
+        std::string bytes(1, '\x16');
+        std::uint64_t left = static_cast<std::uint64_t>(number) << 1U;
+        for (; left >= 128; left >>= 7U) {
+            bytes += static_cast<char>(left % 128 + 128);
+        }
+        return bytes + static_cast<char>(left);
+    };
+    std::string bytes = ParquetOf(*table, rows, false);
+    EXPECT_EQ(ParquetFile::Open(bytes, "table")->RowCount(), rows);
+    // The file's count comes first, that of its only group last.
+    const std::size_t at = bytes.rfind(count(rows));
+    ASSERT_NE(at, std::string::npos);
+    const std::size_t before = bytes.size();
+    bytes.replace(at, count(rows).size(), count(3'000'000'000));
+    // The description's length stands before the last four letters.
+    std::uint32_t length = 0;
+    char* const place = bytes.data() + bytes.size() - 8;
+    std::memcpy(&length, place, sizeof length);
+    length += static_cast<std::uint32_t>(bytes.size() - before);
+    std::memcpy(place, &length, sizeof length);
+
+    EXPECT_EQ(ParquetFile::Open(bytes, "table")->RowCount(), std::int64_t{1} << 31);
+    const TemporaryFiles files;
+    try {
+        OpenDataSet(files.Write("table.parquet", bytes));
+        FAIL();
+    } catch (const DataError& fault) {
+        EXPECT_NE(std::string(fault.what()).find("has more than 2147483647 records"),
+                  std::string::npos)
+            << fault.what();
+    }
 }
 
 // Numbers, booleans and texts are read straight from the pages, whether these have a dictionary or
