@@ -228,8 +228,8 @@ void AddChartOptions(CLI::App& command, OutputOptions& output) {
     AddText(command, "--chart", output.fChart,
             "Write the chart as SVG; a further chart gets -2, -3, ... in its name", "FILE",
             kOutputGroup);
-    AddText(command, "--vega", output.fVega,
-            "Write the chart as a Vega-Lite specification, named likewise", "FILE", kOutputGroup);
+    AddText(command, "--vega", output.fVega, "Write the chart as Vega-Lite JSON, named likewise",
+            "FILE", kOutputGroup);
 }
 
 void AddStateOptions(CLI::App& command, OutputOptions& output) {

@@ -13,8 +13,8 @@ class PRSMultiFactory;
 class PRSValidSpecs;
 
 /// Writes the results of a NAIVEBAYES run into the host's output: notes and pivot tables. Reads the
-/// controller, its engine and the validated specification and decides only what to show and in
-/// which shape. All four arguments are borrowed.
+/// controller, its engine and the validated command and decides only what to show and in which
+/// shape. All four arguments are borrowed.
 class NaiveOutput {
  public:
     NaiveOutput(const PRSValidSpecs& specs, const PRSMultiFactory& controller,

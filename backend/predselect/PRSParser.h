@@ -12,16 +12,15 @@
 
 class PRSValidSpecs;
 
-/// Reads one SELECTPRED or NAIVEBAYES command and fills the specification with it. The host checks
-/// the form of the command by PRSGrammar and refuses a subcommand without any parameter; one
-/// handler a subcommand then checks its sense against the data and stores it. A handler reports a
-/// fault where it finds it and returns false.
+/// Reads one SELECTPRED or NAIVEBAYES command into its PRSValidSpecs. The host checks the form of
+/// the command by PRSGrammar and refuses a subcommand without any parameter; one handler a
+/// subcommand then checks its sense against the data and stores it. A handler reports a fault where
+/// it finds it and returns false.
 ///
-/// Owns the variable lists that the specification points at, so it has to outlive every reader of
-/// them.
+/// Owns the variable lists that the specs point at, so it has to outlive every reader of them.
 class PRSParser {
  public:
-    /// All three borrowed. The specification says which command it is.
+    /// All three borrowed. The specs say which command it is.
     PRSParser(KOLT_TokenSequence& tokens, PRSValidSpecs& specs, ProcedureDataSource& source);
     ~PRSParser();
     PRSParser(const PRSParser&) = delete;

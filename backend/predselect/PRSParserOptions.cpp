@@ -8,7 +8,7 @@
 #include "host/Assertion.h"
 
 // CRITERIA, MISSING, MACROVAR, PRINT, PLOT and SCREENING. What a subcommand doesn't give keeps the
-// value that the specification starts with.
+// value that PRSValidSpecs starts with.
 
 namespace {
 

@@ -12,7 +12,7 @@ class PRSValidSpecs;
 class ProcedureDataSource;
 
 /// Writes the results of a SELECTPRED run into the host's output: notes, pivot tables and a chart.
-/// Reads the engine and the validated specification and decides only what to show and in which
+/// Reads the engine and the validated command and decides only what to show and in which
 /// shape. All four arguments are borrowed.
 class SelOutput {
  public:

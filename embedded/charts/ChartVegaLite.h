@@ -8,7 +8,7 @@
 
 namespace embedded {
 
-/// The chart as a Vega-Lite 5 specification with its data inside: one JSON object. Values are not
+/// The chart in Vega-Lite 5 with its data inside: one JSON object. Values are not
 /// rounded, null when missing.
 std::string ChartVegaLite(const ChartModel& model, const ChartBars& bars);
 

@@ -187,7 +187,7 @@ TEST(PRSGrammar, SummaryTakesCriteriaInSelectPredOnly) {
     EXPECT_EQ(FindParam(*naive, "PRINT", "SUMMARY")->Spec(), kParamKeyword);
 }
 
-TEST(PRSGrammar, DefaultsAreThoseOfAFreshSpecification) {
+TEST(PRSGrammar, DefaultsAreThoseOfFreshSpecs) {
     const PRSValidSpecs fresh;
     const std::map<std::string, std::string> values = {
         {"STATUS", fresh.GetScreening() ? "ON" : "OFF"},

@@ -276,9 +276,9 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& one) { return std::string(one.param.fName); });
 
 TEST(Outfile, PathIsStored) {
-    ParsedCommand command("NAIVEBAYES y BY f1 f2 /OUTFILE MODEL='/tmp/some model.xml'");
+    ParsedCommand command("NAIVEBAYES y BY f1 f2 /OUTFILE MODEL='models/some model.xml'");
     EXPECT_TRUE(command.Ok()) << command.MessageTexts();
-    EXPECT_EQ(command.Specs().GetModelFile(), "/tmp/some model.xml");
+    EXPECT_EQ(command.Specs().GetModelFile(), "models/some model.xml");
 }
 
 TEST(Outfile, AbsentIsNoFile) {

@@ -147,7 +147,7 @@ TEST(PRSParser, CommandWithoutAVariableListIsRefused) {
     EXPECT_FALSE(ParsedCommand("SELECTPRED").Ok());
 }
 
-TEST(PRSParser, RefusedFormLeavesTheSpecificationAlone) {
+TEST(PRSParser, RefusedFormLeavesTheSpecsAlone) {
     ParsedCommand command("SELECTPRED y BY f1 f2 /CRITERIA PCUTOFF=2");
     EXPECT_FALSE(command.Ok());
     EXPECT_EQ(command.Specs().GetDependVar(), -1);

@@ -17,7 +17,7 @@
 
 namespace {
 
-/// A specification of three predictors, the first and last of them factors.
+/// Three predictors, the first and last of them factors.
 struct FilledSpecs {
     explicit FilledSpecs(bool uniVariable = true) {
         fSpecs.SetUniVariable(uniVariable);
@@ -29,7 +29,7 @@ struct FilledSpecs {
     PRSValidSpecs fSpecs;
 };
 
-/// A NAIVEBAYES specification of a target and nine factors, with so much memory, finished.
+/// A NAIVEBAYES command of a target and nine factors, with so much memory, finished.
 class FinishedNaiveBayes {
  public:
     explicit FinishedNaiveBayes(double memory)
