@@ -15,6 +15,7 @@ class FSCatAccum : public FSCategoricalAccum {
     /// No criterion: the outputs stay as they are.
     void ComputeCriterion(std::int32_t criterion, double& value, double& tieBreak1,
                           double& tieBreak2, double& extra1, double& extra2) const override;
+    FSTestResult Test(std::int32_t) const override { return {}; }
     bool GetCriterionForDisplay(std::int32_t criterion, double& first, double& second,
                                 double& third, double& fourth) const override;
     void Display(std::ostream& out) const override;

@@ -206,16 +206,16 @@ double FSCatPCatTAccum::Lambda() const {
     return wrong > 0.0 ? (correct - mode) / wrong : MCMV::gMissingValue;
 }
 
-void FSCatPCatTAccum::ComputeCriterion(std::int32_t criterion, double& value, double& tieBreak1,
-                                       double& tieBreak2, double& extra1, double& extra2) const {
-    SetMissing(value, tieBreak1, tieBreak2, extra1, extra2);
+FSTestResult FSCatPCatTAccum::Test(std::int32_t criterion) const {
+    FSTestResult test;
     switch (criterion) {
         case FSCriterion::kPearson:
         case FSCriterion::kLikelihood: {
+            test.fTest = FSTestResult::kChiSquare;
             if (!HasTable()) {
-                value = 1.0;
-                tieBreak1 = 0.0;
-                tieBreak2 = 0.0;
+                test.fValue = 1.0;
+                test.fTieBreak1 = 0.0;
+                test.fTieBreak2 = 0.0;
                 break;
             }
             const double statistic =
@@ -223,9 +223,11 @@ void FSCatPCatTAccum::ComputeCriterion(std::int32_t criterion, double& value, do
             const double df = DegreesOfFreedom();
             const double below = ChiSquareCdf(statistic, df);
             if (below == MCMV::gMissingValue) break;
-            value = 1.0 - below;
-            tieBreak1 = statistic;
-            tieBreak2 = df;
+            test.fValue = 1.0 - below;
+            test.fStatistic = statistic;
+            test.fDf1 = df;
+            test.fTieBreak1 = statistic;
+            test.fTieBreak2 = df;
             break;
         }
         case FSCriterion::kCramer: {
@@ -233,17 +235,18 @@ void FSCatPCatTAccum::ComputeCriterion(std::int32_t criterion, double& value, do
             const double statistic = Pearson();
             const double largest =
                 ValidWeight() * (std::min(fPredCounts.Size(), fTargetCounts.Size()) - 1);
-            if (largest > 0.0) value = std::sqrt(statistic / largest);
-            tieBreak1 = statistic;
+            if (largest > 0.0) test.fValue = std::sqrt(statistic / largest);
+            test.fTieBreak1 = statistic;
             break;
         }
         case FSCriterion::kLambda:
-            value = Lambda();
-            tieBreak1 = fPredCounts.Size();
+            test.fValue = Lambda();
+            test.fTieBreak1 = fPredCounts.Size();
             break;
         default:
             break;
     }
+    return test;
 }
 
 bool FSCatPCatTAccum::GetCriterionForDisplay(std::int32_t criterion, double& first, double& second,

@@ -18,8 +18,7 @@ class FSCatPCatTAccum : public FSCategoricalAccum {
     /// tie-breakers; 1.0, 0, 0 when either variable has fewer than two categories. Cramer's V
     /// (1946): value, chi-square. Lambda (Goodman & Kruskal 1954), target from predictor: value,
     /// number of predictor categories.
-    void ComputeCriterion(std::int32_t criterion, double& value, double& tieBreak1,
-                          double& tieBreak2, double& extra1, double& extra2) const override;
+    FSTestResult Test(std::int32_t criterion) const override;
     bool GetCriterionForDisplay(std::int32_t criterion, double& first, double& second,
                                 double& third, double& fourth) const override;
     void Display(std::ostream& out) const override;

@@ -101,16 +101,11 @@ void FSCatPContTAccum::AddToMean(std::span<const Entry> entries, const FSBlockCa
     }
 }
 
-void FSCatPContTAccum::ComputeCriterion(std::int32_t criterion, double& value, double& tieBreak1,
-                                        double& tieBreak2, double& extra1, double& extra2) const {
-    SetMissing(value, tieBreak1, tieBreak2, extra1, extra2);
-    if (criterion != FSCriterion::kFStat && criterion != FSCriterion::kTStat) return;
-    const FSFTest test = FSFTest::Of(fTargetStats, fTargetMean, ValidWeight());
-    value = test.fPValue;
-    tieBreak1 = test.fF;
-    tieBreak2 = ValidWeight();
-    extra1 = test.fDf1;
-    extra2 = test.fDf2;
+FSTestResult FSCatPContTAccum::Test(std::int32_t criterion) const {
+    if (criterion != FSCriterion::kFStat && criterion != FSCriterion::kTStat) return {};
+    FSTestResult test = FSFTest::Of(fTargetStats, fTargetMean, ValidWeight()).Result();
+    test.fTieBreak2 = ValidWeight();
+    return test;
 }
 
 bool FSCatPContTAccum::GetCriterionForDisplay(std::int32_t criterion, double& first, double& second,

@@ -14,8 +14,7 @@ class FSCatPContTAccum : public FSCategoricalAccum {
     void AddValue(double value, double weight, bool track) override;
     void FinishData() override { fTargetStats.FinishVariances(); }
     /// Criteria 4 and 5 alike, see FSFTest: p-value, F, valid weight, then the degrees of freedom.
-    void ComputeCriterion(std::int32_t criterion, double& value, double& tieBreak1,
-                          double& tieBreak2, double& extra1, double& extra2) const override;
+    FSTestResult Test(std::int32_t criterion) const override;
     bool GetCriterionForDisplay(std::int32_t criterion, double& first, double& second,
                                 double& third, double& fourth) const override;
     void Display(std::ostream& out) const override;

@@ -60,18 +60,13 @@ void FSContPCatTAccum::AddLanes(std::span<FSContPCatTAccum* const> accums,
     }
 }
 
-void FSContPCatTAccum::ComputeCriterion(std::int32_t criterion, double& value, double& tieBreak1,
-                                        double& tieBreak2, double& extra1, double& extra2) const {
-    SetMissing(value, tieBreak1, tieBreak2, extra1, extra2);
+FSTestResult FSContPCatTAccum::Test(std::int32_t criterion) const {
     const bool asChiSquare =
         criterion == FSCriterion::kPearson || criterion == FSCriterion::kLikelihood;
-    if (!asChiSquare && criterion != FSCriterion::kFStat) return;
-    const FSFTest test = FSFTest::Of(fPredStats, fMean, ValidWeight());
-    value = test.fPValue;
-    tieBreak1 = test.fF;
-    tieBreak2 = asChiSquare ? -ValidWeight() : ValidWeight();
-    extra1 = test.fDf1;
-    extra2 = test.fDf2;
+    if (!asChiSquare && criterion != FSCriterion::kFStat) return {};
+    FSTestResult test = FSFTest::Of(fPredStats, fMean, ValidWeight()).Result();
+    test.fTieBreak2 = asChiSquare ? -ValidWeight() : ValidWeight();
+    return test;
 }
 
 bool FSContPCatTAccum::GetCriterionForDisplay(std::int32_t criterion, double& first, double& second,

@@ -15,8 +15,7 @@ class FSContPCatTAccum : public FSContinuousAccum {
     void FinishData() override { fPredStats.FinishVariances(); }
     /// Criteria 0, 1 and 4 alike, see FSFTest: p-value, F, valid weight, then the degrees of
     /// freedom. The valid weight is negative for 0 and 1, where smaller goes first among equals.
-    void ComputeCriterion(std::int32_t criterion, double& value, double& tieBreak1,
-                          double& tieBreak2, double& extra1, double& extra2) const override;
+    FSTestResult Test(std::int32_t criterion) const override;
     bool GetCriterionForDisplay(std::int32_t criterion, double& first, double& second,
                                 double& third, double& fourth) const override;
     void Display(std::ostream& out) const override;

@@ -68,24 +68,27 @@ void FSContPContTAccum::FinishData() {
     }
 }
 
-void FSContPContTAccum::ComputeCriterion(std::int32_t criterion, double& value, double& tieBreak1,
-                                         double& tieBreak2, double& extra1, double& extra2) const {
-    SetMissing(value, tieBreak1, tieBreak2, extra1, extra2);
-    if (criterion != FSCriterion::kFStat && criterion != FSCriterion::kTStat) return;
-    if (fCorrelation == MCMV::gMissingValue) return;
+FSTestResult FSContPContTAccum::Test(std::int32_t criterion) const {
+    if (criterion != FSCriterion::kFStat && criterion != FSCriterion::kTStat) return {};
+    if (fCorrelation == MCMV::gMissingValue) return {};
     const double squared = fCorrelation * fCorrelation;
     const double df = ValidWeight() - 2.0;
-    tieBreak1 = squared;
-    tieBreak2 = df + 2.0;
-    extra1 = fCorrelation;
+    FSTestResult test;
+    test.fTest = FSTestResult::kT;
+    test.fDf1 = df;
+    test.fTieBreak1 = squared;
+    test.fTieBreak2 = df + 2.0;
+    test.fExtra1 = fCorrelation;
     if (squared < 1.0 && df >= 0.0) {
         const double t = std::sqrt(df / (1.0 - squared)) * fCorrelation;
-        extra2 = t;
+        test.fExtra2 = t;
+        test.fStatistic = std::abs(t);
         const double below = TCdf(t, df);
-        if (below != MCMV::gMissingValue) value = 2.0 * (t > 0.0 ? 1.0 - below : below);
+        if (below != MCMV::gMissingValue) test.fValue = 2.0 * (t > 0.0 ? 1.0 - below : below);
     } else {
-        value = 0.0;
+        test.fValue = 0.0;
     }
+    return test;
 }
 
 bool FSContPContTAccum::GetCriterionForDisplay(std::int32_t criterion, double& first,

@@ -17,8 +17,7 @@ class FSContPContTAccum : public FSContinuousAccum {
     /// Criteria 4 and 5 alike, the t test of a Pearson correlation r (Fisher 1915) with N the valid
     /// weight: two-sided p-value, r^2, N, r, t. A perfect correlation has the p-value 0.0 and no t;
     /// without a correlation all is missing.
-    void ComputeCriterion(std::int32_t criterion, double& value, double& tieBreak1,
-                          double& tieBreak2, double& extra1, double& extra2) const override;
+    FSTestResult Test(std::int32_t criterion) const override;
     bool GetCriterionForDisplay(std::int32_t criterion, double& first, double& second,
                                 double& third, double& fourth) const override;
     void Display(std::ostream& out) const override;

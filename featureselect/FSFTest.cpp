@@ -30,3 +30,16 @@ FSFTest FSFTest::Of(const FSMapIStat& groups, double grandMean, double validWeig
     }
     return test;
 }
+
+FSTestResult FSFTest::Result() const {
+    FSTestResult result;
+    result.fTest = FSTestResult::kF;
+    result.fValue = fPValue;
+    result.fStatistic = fF;
+    result.fDf1 = fDf1;
+    result.fDf2 = fDf2;
+    result.fTieBreak1 = fF;
+    result.fExtra1 = fDf1;
+    result.fExtra2 = fDf2;
+    return result;
+}

@@ -1,6 +1,7 @@
 #ifndef PREDSEL_FEATURESELECT_FSFTEST_H
 #define PREDSEL_FEATURESELECT_FSFTEST_H
 
+#include "featureselect/FSTestResult.h"
 #include "host/Records.h"
 
 class FSMapIStat;
@@ -18,6 +19,9 @@ struct FSFTest {
     /// strongest possible, and F is missing; otherwise, without a degree of freedom on either side,
     /// both are missing.
     static FSFTest Of(const FSMapIStat& groups, double grandMean, double validWeight);
+
+    /// All but the second tie-breaker.
+    FSTestResult Result() const;
 };
 
 #endif  // PREDSEL_FEATURESELECT_FSFTEST_H

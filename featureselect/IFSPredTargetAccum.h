@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "featureselect/FSPersistence.h"
+#include "featureselect/FSTestResult.h"
 #include "host/Records.h"
 
 class FSSettings;
@@ -50,7 +51,7 @@ class IFSPredTargetAccum {
     /// A criterion's value, what orders predictors of equal value, and two more numbers of the same
     /// test. An output that cannot be computed is the missing value.
     virtual void ComputeCriterion(std::int32_t criterion, double& value, double& tieBreak1,
-                                  double& tieBreak2, double& extra1, double& extra2) const = 0;
+                                  double& tieBreak2, double& extra1, double& extra2) const;
     /// A criterion as a report shows it. 0 and 1: p-value, statistic, degrees of freedom. 2 and 3:
     /// value. 4: p-value, F and its two degrees of freedom. 5: p-value, correlation, t, degrees of
     /// freedom. The rest is missing, and all four with a result of false, for a criterion that the
@@ -59,8 +60,6 @@ class IFSPredTargetAccum {
                                         double& third, double& fourth) const = 0;
 
     virtual bool IsCategorical() const = 0;
-    /// Debugging text.
-    virtual void Display(std::ostream& out) const = 0;
 
     // See FSPersistence.h. What the pass derives at its end and the number of valid values of a
     // categorical predictor are not saved, and read as in an empty accumulator after a restore.
@@ -68,6 +67,12 @@ class IFSPredTargetAccum {
     virtual std::int64_t RestoreBinary(std::istream& stream) = 0;
     virtual std::int64_t SaveXML(std::ostream& stream, std::int32_t level) const = 0;
     virtual std::int64_t RestoreXML(MCCommonXML::XMLReader& document) = 0;
+    /// Debugging text.
+    virtual void Display(std::ostream& out) const = 0;
+
+    /// A criterion with all that belongs to it; ComputeCriterion hands out five numbers of this.
+    /// All missing for a criterion that the class does not have.
+    virtual FSTestResult Test(std::int32_t criterion) const = 0;
 
  protected:
     template <class... Outputs>
