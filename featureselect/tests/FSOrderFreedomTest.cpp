@@ -1,5 +1,6 @@
 // Whatever the order of the records, however they are cut into parts, read and put together again:
-// every result has the same bits.
+// every result has the same bits. Prints a row of the table in docs/accuracy.md for each shape:
+// tables, permutations, splits.
 
 #include <gtest/gtest.h>
 
@@ -65,7 +66,7 @@ class Table {
  public:
     Table(const Shape& shape, std::size_t rows, Random& random) : fRows(rows), fRandom(random) {
         std::vector<bool> kinds;
-        for (int at = Between(fRandom, 2, 5); at > 0; --at) {
+        for (int at = Between(fRandom, 2, Chance(fRandom, 0.2) ? 20 : 5); at > 0; --at) {
             kinds.push_back(shape.fbContinuous ? shape.fbCategorical && at % 2 == 0 : true);
         }
         fSettings = FSSettings(kinds, shape.fbTargetCategorical);
@@ -142,12 +143,19 @@ class Table {
                 return Chance(fRandom, 0.9) ? 0.1 : 0.3;
             case 11:
                 return Chance(fRandom, 0.5) ? 0.0 : -0.0;
+            case 12:  // now and then one of any size
+                return std::ldexp(Normal(),
+                                  Chance(fRandom, 0.05) ? Between(fRandom, -1000, 980) : 0);
+            case 13:
+                return std::ldexp(Normal(), -1060);  // few bits are left there
+            case 14:
+                return std::clamp(Normal() * 1e308, -1.7e308, 1.7e308);
             default:
                 return 7.25;
         }
     }
     TableColumn Numbers() {
-        const int kind = Between(fRandom, 0, 12);
+        const int kind = Between(fRandom, 0, 15);
         const double missing = Pick({0, 0, 0.1, 0.75});
         std::vector<double> values(fRows);
         for (std::size_t row = 0; row < fRows; ++row) {
@@ -187,6 +195,12 @@ class Outcome {
         AddCounts(engine);
         for (const std::int32_t index : engine.GetDeletedIndices()) Add("deleted", index);
         for (const std::int32_t reason : engine.GetDeletionReasons()) Add("reason", reason);
+        for (std::int32_t criterion = 0; criterion < 6; ++criterion)
+            AddCriterion(engine, criterion);
+    }
+
+    /// The criteria alone, of predictors that have not been screened.
+    explicit Outcome(const IFSAlgorithm& engine) : fbWithLabels(true) {
         for (std::int32_t criterion = 0; criterion < 6; ++criterion)
             AddCriterion(engine, criterion);
     }
@@ -334,12 +348,12 @@ class FSOrderFreedom : public testing::TestWithParam<Shape> {
                                 Trials& trials) {
         FSSettings settings = table.fSettings;
         const Rows rows = Reordered(table.fRows, random);
-        if (Chance(random, 0.6)) {
-            if (Engines parts = ReadInParts(table, settings, rows, random); !parts.empty()) {
-                ++trials.fSplits;
-                const auto engine = Merged(std::move(parts), random);
-                return {*engine, FinishRun(*engine, FSStatus::Success()), withLabels};
-            }
+        for (int cuts = Chance(random, 0.6) ? 3 : 0; cuts > 0; --cuts) {
+            Engines parts = ReadInParts(table, settings, rows, random);
+            if (parts.empty()) continue;
+            ++trials.fSplits;
+            const auto engine = Merged(std::move(parts), random);
+            return {*engine, FinishRun(*engine, FSStatus::Success()), withLabels};
         }
         ++trials.fPermutations;
         const auto engine = FSFactory().CreateFromSettings(settings);
@@ -382,10 +396,8 @@ TEST_P(FSOrderFreedom, AnyOrderCutAndMergeGivesTheSameBits) {
             Try(rows, 18, seed + table++, trials);
     }
     if (!HasFailure()) Try(3000, 10, seed + table++, trials);
-    RecordProperty("permutations", trials.fPermutations);
-    RecordProperty("splits", trials.fSplits);
-    std::cout << trials.fPermutations << " permutations and " << trials.fSplits << " splits of "
-              << table << " tables\n";
+    std::cout << "| " << GetParam().fName << " | " << table << " | " << trials.fPermutations
+              << " | " << trials.fSplits << " |\n";
     EXPECT_GE(trials.fPermutations + trials.fSplits, HasFailure() ? 0 : 1900);
 }
 
@@ -397,6 +409,94 @@ INSTANTIATE_TEST_SUITE_P(Shapes, FSOrderFreedom,
                                          Shape{"ContinuousByContinuous", false, true, false},
                                          Shape{"MixedByContinuous", true, true, false}),
                          testsupport::CaseName());
+
+// --- Weights and repetitions ---
+
+/// Rows that stand for many: a target, weights and predictors of four numbers and a factor.
+struct Repeated {
+    Repeated(std::size_t rows, int most, bool targetCategorical, Random& random)
+        : fSettings({false, false, true, false, false}, targetCategorical) {
+        std::vector<double> weights(rows);
+        for (double& weight : weights) weight = Between(random, (most + 1) / 2, most);
+        const auto draw = [&](auto number) {
+            std::vector<double> values(rows);
+            for (double& value : values) value = number();
+            return TableColumn{std::move(values), 1};
+        };
+        std::normal_distribution<double> normal;
+        const auto code = [&] { return static_cast<double>(Between(random, 0, 2)); };
+        // All bits of a mantissa, and all of one sign, so that sums grow as fast as they can.
+        const auto full = [&] {
+            return std::ldexp(1.0, 20) - std::ldexp(Between(random, 1, 9), -33);
+        };
+        fColumns = {targetCategorical ? draw(code) : draw([&] { return normal(random); }),
+                    TableColumn{weights, 1},
+                    draw(full),
+                    draw([&] { return -1e12 + normal(random); }),
+                    draw(code),
+                    draw([&] { return normal(random); }),
+                    draw([&] { return std::ldexp(normal(random), 990); })};
+        for (std::size_t row = 0; row < rows; ++row) {
+            fvTimes.insert(fvTimes.end(), static_cast<std::size_t>(weights[row]), row);
+        }
+        std::shuffle(fvTimes.begin(), fvTimes.end(), random);
+    }
+
+    Outcome Weighted() const {
+        FSSettings settings = fSettings;
+        settings.SetWeightPosition(1);
+        FSAlgorithm engine(settings);
+        testsupport::OneByOne records(fColumns,
+                                      std::get<std::vector<double>>(fColumns[0].fValues).size());
+        EXPECT_TRUE(engine.RunAll(records, -1, false, 0).IsOk());
+        return Outcome(engine);
+    }
+
+    Outcome Unweighted(std::size_t blockRows, std::int32_t threads) const {
+        TableColumns columns;
+        for (std::size_t at = 0; at < fColumns.size(); ++at) {
+            if (at != 1) columns.push_back(Take(fColumns[at], fvTimes));
+        }
+        FSSettings settings = fSettings;
+        FSAlgorithm engine(settings);
+        testsupport::OneByOne records(columns, fvTimes.size());
+        testsupport::InBlocks blocks(columns, fvTimes.size(), blockRows, threads);
+        const FSStatus status = blockRows == 0 ? engine.RunAll(records, -1, false, 0)
+                                               : engine.RunAll(blocks, -1, false, 0);
+        EXPECT_TRUE(status.IsOk());
+        return Outcome(engine);
+    }
+
+    FSSettings fSettings;
+    TableColumns fColumns;
+    Rows fvTimes;  // the rows, each as often as it counts, in any order
+};
+
+TEST(FSOrderFreedomOfWeights, AWeightIsSoManyRecords) {
+    const std::uint64_t seed = std::uint64_t{testsupport::RandomSeed()} << 20;
+    for (std::uint64_t at = 0; at < 200; ++at) {
+        Random random(seed + at);
+        const Repeated rows(6 + at / 2, 5, at % 2 == 0, random);
+        const Outcome expected = rows.Weighted();
+        for (const std::size_t blockRows : {0, 64, 70000}) {
+            const Outcome found = rows.Unweighted(blockRows, 0);
+            ASSERT_TRUE(found == expected)
+                << "seed " << seed + at << ": " << found.Difference(expected);
+        }
+    }
+}
+
+TEST(FSOrderFreedomOfWeights, SumsOfManyLargeValuesOverflowNowhere) {
+    Random random(testsupport::RandomSeed());
+    for (const bool targetCategorical : {false, true}) {
+        const Repeated rows(10, 30000, targetCategorical, random);
+        const Outcome expected = rows.Weighted();
+        for (const std::size_t blockRows : {0, 70000, 400000}) {
+            const Outcome found = rows.Unweighted(blockRows, blockRows == 0 ? 0 : 2);
+            ASSERT_TRUE(found == expected) << found.Difference(expected);
+        }
+    }
+}
 
 // --- Without a target ---
 
