@@ -165,7 +165,7 @@ class Table {
     }
 
     TableColumn Weights() {
-        const int kind = Between(fRandom, 0, 3);
+        const int kind = Between(fRandom, 0, 4);
         if (kind > 0) fSettings.SetWeightConversion(FSSettings::kWeightAsIs);
         std::vector<double> values(fRows);
         for (double& value : values) {
@@ -175,8 +175,10 @@ class Table {
                 value = Between(fRandom, 0, 4);
             } else if (kind == 2) {
                 value = std::uniform_real_distribution<double>(0, 3)(fRandom);
-            } else {
+            } else if (kind == 3) {
                 value = Pick({0.1, 0.3, 1.0 / 3, 1e-9, 1e9, 2.5});
+            } else {  // sums around 2^53, where doubles stop to hold every whole number
+                value = Pick({9007199254740990.0, 9007199254740992.0, 1, 3});
             }
         }
         return {std::move(values), 1};
