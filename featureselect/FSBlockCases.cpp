@@ -5,10 +5,17 @@
 #include "featureselect/IFSPredTargetAccum.h"
 
 void FSBlockPart::AddPlainly(const FSBlockCases& cases) const {
+    std::vector<std::uint32_t> rows;
+    for (std::size_t row = 0; row < cases.Rows(); ++row) {
+        if (cases.Counts(row)) rows.push_back(static_cast<std::uint32_t>(row));
+    }
+    AddRows(cases, rows);
+}
+
+void FSBlockPart::AddRows(const FSBlockCases& cases, std::span<const std::uint32_t> rows) const {
     const bool categorical = fpAccum->IsCategorical();
     const auto add = [&](const auto& values) {
-        for (std::size_t row = 0; row < cases.Rows(); ++row) {
-            if (!cases.Counts(row)) continue;
+        for (const std::uint32_t row : rows) {
             const double weight = cases.fWeights[row];
             if (FSBlockColumn::IsMissing(values[row], categorical)) {
                 fpAccum->AddMissing(weight);

@@ -8,6 +8,7 @@
 #include "featureselect/FSTruncate.h"
 #include "host/Blocks.h"
 
+class FSBlockNumbers;
 class IFSPredTargetAccum;
 
 /// What the accumulators of all predictors need of the records of a block, worked out once: which
@@ -25,6 +26,9 @@ struct FSBlockCases {
     std::span<const std::int32_t> fClassKeys;  // ascending
     std::int32_t fCounted = 0;                 // records that count
     bool fbUnit = true;                        // all their weights are 1.0
+    /// What exact sums share of these records, borrowed; null where nothing needs it: no continuous
+    /// variable and unit weights.
+    const FSBlockNumbers* fpNumbers = nullptr;
 
     std::size_t Rows() const { return fClasses.size(); }
     std::size_t Classes() const { return fClassKeys.size(); }
@@ -39,6 +43,8 @@ struct FSBlockPart {
 
     /// Value by value, as record by record.
     void AddPlainly(const FSBlockCases& cases) const;
+    /// Some of the records so. REQUIRES: they would count, if the cases counted them.
+    void AddRows(const FSBlockCases& cases, std::span<const std::uint32_t> rows) const;
 };
 
 namespace FSBlockColumn {
@@ -62,13 +68,5 @@ MCCommon::BlockColumn Cut(const MCCommon::BlockColumn& column, std::size_t first
                           std::size_t count);
 
 }  // namespace FSBlockColumn
-
-/// Whether a sum of weights can grow by so many unit weights in any order and all at once without
-/// another bit than one after the other: it is a whole number and stays within 2^53.
-inline bool FSCountsExactly(double sum, std::int32_t units) {
-    constexpr double kLimit = 9007199254740992.0;
-    return sum >= 0.0 && sum <= kLimit - units &&
-           sum == static_cast<double>(static_cast<std::int64_t>(sum));
-}
 
 #endif  // PREDSEL_FEATURESELECT_FSBLOCKCASES_H

@@ -25,24 +25,44 @@ void FSCatAccum::AddBlock(std::span<const FSBlockPart> parts, const FSBlockCases
 template <class Entry>
 void FSCatAccum::AddEntries(std::span<const Entry> entries, std::uint32_t entryEnd,
                             const FSBlockCases& cases) {
+    std::vector<FSMapICntEntry> counts;
+    FSWeightSum missing;
+    FSWeightSum valid;
+    const auto put = [&](std::uint32_t entry, const FSWeightSum& weight) {
+        if (weight == 0.0) return;
+        if (entry == 0) {
+            missing += weight;
+        } else {
+            valid += weight;
+            counts.push_back({static_cast<std::int32_t>(entry - 1), weight});
+        }
+    };
     if (!IsDense(entryEnd, cases)) {
-        CountRecords(entries, cases);
-        AddSorted(entries, cases, [](std::int32_t, std::span<const std::uint32_t>) {});
-        return;
-    }
-    std::vector<double> weights = LoadPredCounts(entryEnd);
-    if (CountsExactly(cases)) {
+        ForEachCode(entries, cases, [&](std::uint32_t entry, std::span<const std::uint32_t> rows) {
+            FSWeightSum weight;
+            if (cases.fbUnit) {
+                weight += static_cast<double>(rows.size());
+            } else {
+                const FSRowLines& lines = cases.fpNumbers->Lines();
+                lines.AddWeight(lines.SumOf(rows).data(), weight);
+            }
+            put(entry, weight);
+        });
+    } else if (cases.fbUnit) {
         const std::vector<std::uint32_t> cells = FSCellCounts::Count(entries, entryEnd, cases);
-        for (std::size_t entry = 1; entry < entryEnd; ++entry) weights[entry] += cells[entry];
-        const auto missing = static_cast<std::int32_t>(cells[0]);
-        CountUnits(cases.fCounted - missing, missing);
+        for (std::uint32_t entry = 0; entry < entryEnd; ++entry) put(entry, cells[entry]);
     } else {
-        CountRecords(entries, cases);
-        for (std::size_t row = 0; row < entries.size(); ++row) {
-            if (cases.Counts(row)) weights[entries[row]] += cases.fWeights[row];
+        const FSRowLines& lines = cases.fpNumbers->Lines();
+        std::vector<std::int64_t> cells(entryEnd * lines.Stride());
+        lines.AddTo(cells, entries.size(), [&](std::size_t row) { return entries[row]; });
+        for (std::uint32_t entry = 0; entry < entryEnd; ++entry) {
+            FSWeightSum weight;
+            lines.AddWeight(&cells[entry * lines.Stride()], weight);
+            put(entry, weight);
         }
     }
-    StorePredCounts(weights);
+    CountWeights(CountValid(entries, cases), valid, missing);
+    fPredCounts.Merge(counts);
 }
 
 void FSCatAccum::ComputeCriterion(std::int32_t, double&, double&, double&, double&, double&) const {
@@ -62,6 +82,8 @@ void FSCatAccum::Display(std::ostream& out) const {
     fPredCounts.Display(out);
     FSDisplay::End(out, "FSCatAccum");
 }
+
+void FSCatAccum::AppendExact(std::string& bytes) const { AppendCounts(bytes); }
 
 std::int64_t FSCatAccum::SaveBinary(std::ostream& stream) const {
     return Persistence::SaveBinary(*this, stream);

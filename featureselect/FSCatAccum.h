@@ -19,9 +19,9 @@ class FSCatAccum : public FSCategoricalAccum {
     bool GetCriterionForDisplay(std::int32_t criterion, double& first, double& second,
                                 double& third, double& fourth) const override;
     void Display(std::ostream& out) const override;
+    void AppendExact(std::string& bytes) const override;
 
-    /// Adds the records of a block for each of the parts, whose accumulators are all of this class:
-    /// the bits are those of one record after the other.
+    /// Adds the records of a block for each of the parts, whose accumulators are all of this class.
     static void AddBlock(std::span<const FSBlockPart> parts, const FSBlockCases& cases);
 
     void MergeFrom(const FSCatAccum& other) { MergeCounts(other); }
@@ -40,7 +40,6 @@ class FSCatAccum : public FSCategoricalAccum {
 
  private:
     friend class FSCategoricalAccum;
-    bool FitsTables() const { return fPredCounts.HasOnlyWeights(); }
     template <class Entry>
     void AddEntries(std::span<const Entry> entries, std::uint32_t entryEnd,
                     const FSBlockCases& cases);

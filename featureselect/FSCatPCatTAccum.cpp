@@ -29,115 +29,101 @@ void FSCatPCatTAccum::AddBlock(std::span<const FSBlockPart> parts, const FSBlock
     AddColumns<FSCatPCatTAccum>(parts, cases);
 }
 
+/// What a block adds to the maps: its cells come entry by entry, and in each class by class.
+struct FSCatPCatTAccum::BlockCounts {
+    explicit BlockCounts(std::size_t classes) : fvTarget(classes) {}
+
+    void Add(std::uint32_t entry, std::size_t group, const FSWeightSum& weight,
+             const FSBlockCases& cases) {
+        if (weight == 0.0) return;
+        if (entry == 0) {
+            fMissing += weight;
+            return;
+        }
+        const auto code = static_cast<std::int32_t>(entry - 1);
+        if (fvPred.empty() || fvPred.back().fKey != code) fvPred.push_back({code, {}});
+        fvPred.back().fWeight += weight;
+        fvTarget[group] += weight;
+        fvPairs.push_back({{code, cases.fClassKeys[group]}, weight});
+    }
+
+    FSWeightSum fMissing;
+    std::vector<FSMapICntEntry> fvPred;
+    std::vector<FSWeightSum> fvTarget;  // by class
+    std::vector<FSMapPiCntEntry> fvPairs;
+};
+
+// A table of records by class and code, [class * entryEnd + entry], gives all three maps; weighted
+// records are summed as lines.
 template <class Entry>
 void FSCatPCatTAccum::AddEntries(std::span<const Entry> entries, std::uint32_t entryEnd,
                                  const FSBlockCases& cases) {
     if (!IsDense(entryEnd, cases)) return AddBySorting(entries, cases);
     const std::size_t classes = cases.Classes();
-    std::vector<double> rows = LoadPredCounts(entryEnd);
-    std::vector<FSMapICntEntry> columns = fTargetCounts.EntriesOf(cases.fClassKeys);
-    std::vector<double> cells = LoadCells(entryEnd, cases.fClassKeys);
-    if (CountsPairsExactly(cases)) {
-        const std::vector<std::uint32_t> counts = FSCellCounts::Count(entries, entryEnd, cases);
-        std::uint32_t missing = 0;
-        for (std::size_t group = 0; group < classes; ++group) {
-            const std::size_t start = group * entryEnd;
-            missing += counts[start];
-            std::uint32_t valid = 0;
-            for (std::size_t entry = 1; entry < entryEnd; ++entry) {
-                const std::uint32_t count = counts[start + entry];
-                cells[start + entry] += count;
-                rows[entry] += count;
-                valid += count;
+    BlockCounts counts(classes);
+    if (cases.fbUnit) {
+        const std::vector<std::uint32_t> cells = FSCellCounts::Count(entries, entryEnd, cases);
+        for (std::uint32_t entry = 0; entry < entryEnd; ++entry) {
+            for (std::size_t group = 0; group < classes; ++group) {
+                counts.Add(entry, group, FSWeightSum(cells[group * entryEnd + entry]), cases);
             }
-            columns[group].fWeight += valid;
         }
-        CountUnits(cases.fCounted - static_cast<std::int32_t>(missing),
-                   static_cast<std::int32_t>(missing));
     } else {
-        CountRecords(entries, cases);
-        for (std::size_t row = 0; row < entries.size(); ++row) {
-            const std::size_t entry = entries[row];
-            if (!cases.Counts(row) || entry == 0) continue;
-            const std::size_t group = cases.fClasses[row];
-            const double weight = cases.fWeights[row];
-            rows[entry] += weight;
-            columns[group].fWeight += weight;
-            cells[group * entryEnd + entry] += weight;
+        const FSRowLines& lines = cases.fpNumbers->Lines();
+        const std::size_t stride = lines.Stride();
+        // Records that do not count have a class of their own.
+        std::vector<std::int64_t> cells((classes + 1) * entryEnd * stride);
+        lines.AddTo(cells, entries.size(), [&](std::size_t row) {
+            return std::size_t{cases.fClasses[row]} * entryEnd + entries[row];
+        });
+        for (std::uint32_t entry = 0; entry < entryEnd; ++entry) {
+            for (std::size_t group = 0; group < classes; ++group) {
+                FSWeightSum weight;
+                lines.AddWeight(&cells[(group * entryEnd + entry) * stride], weight);
+                counts.Add(entry, group, weight, cases);
+            }
         }
     }
-    StorePredCounts(rows);
-    StoreTargetCounts(columns);
-    StoreCells(cells, entryEnd, cases.fClassKeys);
+    TakeCounts(counts, CountValid(entries, cases), cases);
 }
 
 template <class Entry>
 void FSCatPCatTAccum::AddBySorting(std::span<const Entry> entries, const FSBlockCases& cases) {
-    CountRecords(entries, cases);
-    std::vector<FSMapICntEntry> columns = fTargetCounts.EntriesOf(cases.fClassKeys);
-    for (std::size_t row = 0; row < entries.size(); ++row) {
-        if (!cases.Counts(row) || entries[row] == 0) continue;
-        columns[cases.fClasses[row]].fWeight += cases.fWeights[row];
-    }
-    StoreTargetCounts(columns);
-    std::vector<FSMapPiCntEntry> pairs;
-    AddSorted(entries, cases, [&](std::int32_t code, std::span<std::uint32_t> rows) {
+    BlockCounts counts(cases.Classes());
+    ForEachCode(entries, cases, [&](std::uint32_t entry, std::span<std::uint32_t> rows) {
         std::sort(rows.begin(), rows.end(), [&](std::uint32_t a, std::uint32_t b) {
-            return cases.fClasses[a] != cases.fClasses[b] ? cases.fClasses[a] < cases.fClasses[b]
-                                                          : a < b;
+            return cases.fClasses[a] < cases.fClasses[b];
         });
         for (std::size_t at = 0; at < rows.size();) {
             const std::uint16_t group = cases.fClasses[rows[at]];
-            FSMapPiCntEntry pair{{code, cases.fClassKeys[group]}, 0.0};
-            fPairCounts.Find(pair.fKey, pair.fWeight);
-            for (; at < rows.size() && cases.fClasses[rows[at]] == group; ++at) {
-                pair.fWeight += cases.fWeights[rows[at]];
+            const std::size_t first = at;
+            while (at < rows.size() && cases.fClasses[rows[at]] == group) ++at;
+            FSWeightSum weight;
+            if (cases.fbUnit) {
+                weight += static_cast<double>(at - first);
+            } else {
+                const FSRowLines& lines = cases.fpNumbers->Lines();
+                lines.AddWeight(lines.SumOf(rows.subspan(first, at - first)).data(), weight);
             }
-            pairs.push_back(pair);
+            counts.Add(entry, group, weight, cases);
         }
     });
-    fPairCounts.Replace(pairs);
+    TakeCounts(counts, CountValid(entries, cases), cases);
 }
 
-bool FSCatPCatTAccum::CountsPairsExactly(const FSBlockCases& cases) const {
-    return CountsExactly(cases) && CountsExactly(fTargetCounts, cases) &&
-           std::all_of(fPairCounts.Entries().begin(), fPairCounts.Entries().end(),
-                       [&](const FSMapPiCntEntry& pair) {
-                           return FSCountsExactly(pair.fWeight, cases.fCounted);
-                       });
-}
-
-// Weight per [class * entryEnd + entry], 0 where there is none.
-std::vector<double> FSCatPCatTAccum::LoadCells(std::uint32_t entryEnd,
-                                               std::span<const std::int32_t> classKeys) const {
-    std::vector<double> cells(classKeys.size() * entryEnd);
-    for (const FSMapPiCntEntry& pair : fPairCounts.Entries()) {
-        const std::int64_t entry = std::int64_t{pair.fKey.fPredictor} + 1;
-        if (entry <= 0 || entry >= entryEnd) continue;
-        const auto found = std::lower_bound(classKeys.begin(), classKeys.end(), pair.fKey.fTarget);
-        if (found == classKeys.end() || *found != pair.fKey.fTarget) continue;
-        const auto group = static_cast<std::size_t>(found - classKeys.begin());
-        cells[group * entryEnd + static_cast<std::size_t>(entry)] = pair.fWeight;
+void FSCatPCatTAccum::TakeCounts(const BlockCounts& counts, std::int32_t valid,
+                                 const FSBlockCases& cases) {
+    std::vector<FSMapICntEntry> targets;
+    FSWeightSum weight;
+    for (std::size_t group = 0; group < counts.fvTarget.size(); ++group) {
+        if (counts.fvTarget[group] == 0.0) continue;
+        weight += counts.fvTarget[group];
+        targets.push_back({cases.fClassKeys[group], counts.fvTarget[group]});
     }
-    return cells;
-}
-
-void FSCatPCatTAccum::StoreCells(std::span<const double> cells, std::uint32_t entryEnd,
-                                 std::span<const std::int32_t> classKeys) {
-    std::vector<FSMapPiCntEntry> pairs;
-    for (std::size_t entry = 1; entry < entryEnd; ++entry) {
-        for (std::size_t group = 0; group < classKeys.size(); ++group) {
-            const double weight = cells[group * entryEnd + entry];
-            if (weight == 0.0) continue;
-            pairs.push_back({{static_cast<std::int32_t>(entry - 1), classKeys[group]}, weight});
-        }
-    }
-    fPairCounts.Replace(pairs);
-}
-
-void FSCatPCatTAccum::StoreTargetCounts(std::vector<FSMapICntEntry>& counts) {
-    std::erase_if(counts, [](const FSMapICntEntry& entry) { return entry.fWeight == 0.0; });
-    fTargetCounts.Replace(counts);
+    CountWeights(valid, weight, counts.fMissing);
+    fPredCounts.Merge(counts.fvPred);
+    fTargetCounts.Merge(targets);
+    fPairCounts.Merge(counts.fvPairs);
 }
 
 // Calls visit(row total, column total, cell weight) for every cell of the full crosstab, row by
@@ -188,22 +174,25 @@ double FSCatPCatTAccum::LikelihoodRatio() const {
 }
 
 double FSCatPCatTAccum::Lambda() const {
-    double correct = 0.0;  // weight guessed right when the predictor is known: largest of each row
+    FSWeightSum correct;  // weight guessed right when the predictor is known: largest of each row
     for (std::int32_t cell = 0; cell < fPairCounts.Size();) {
         const std::int32_t row = fPairCounts.GetAt(cell).fKey.fPredictor;
-        double largest = 0.0;
+        const FSWeightSum* largest = &fPairCounts.GetAt(cell).fWeight;
         for (; cell < fPairCounts.Size() && fPairCounts.GetAt(cell).fKey.fPredictor == row;
              ++cell) {
-            largest = std::max(largest, fPairCounts.GetAt(cell).fWeight);
+            const FSWeightSum& weight = fPairCounts.GetAt(cell).fWeight;
+            if (weight > *largest) largest = &weight;
         }
-        correct += largest;
+        correct += *largest;
     }
-    double mode = 0.0;  // guessed right when it is not
+    FSWeightSum mode;  // guessed right when it is not
     for (std::int32_t j = 0; j < fTargetCounts.Size(); ++j) {
-        mode = std::max(mode, fTargetCounts.GetAt(j).fWeight);
+        const FSWeightSum& weight = fTargetCounts.GetAt(j).fWeight;
+        if (weight > mode) mode = weight;
     }
-    const double wrong = ValidWeight() - mode;
-    return wrong > 0.0 ? (correct - mode) / wrong : MCMV::gMissingValue;
+    const FSWeightSum wrong = ValidWeight() - mode;
+    if (!(wrong > 0.0)) return MCMV::gMissingValue;
+    return ((correct - mode).Exact().Scaled() / wrong.Exact().Scaled()).Value();
 }
 
 FSTestResult FSCatPCatTAccum::Test(std::int32_t criterion) const {
@@ -271,6 +260,12 @@ void FSCatPCatTAccum::MergeFrom(const FSCatPCatTAccum& other) {
     MergeCounts(other);
     fTargetCounts.MergeFrom(other.fTargetCounts);
     fPairCounts.MergeFrom(other.fPairCounts);
+}
+
+void FSCatPCatTAccum::AppendExact(std::string& bytes) const {
+    AppendCounts(bytes);
+    fTargetCounts.AppendExact(bytes);
+    fPairCounts.AppendExact(bytes);
 }
 
 void FSCatPCatTAccum::Display(std::ostream& out) const {

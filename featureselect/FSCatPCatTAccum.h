@@ -22,9 +22,9 @@ class FSCatPCatTAccum : public FSCategoricalAccum {
     bool GetCriterionForDisplay(std::int32_t criterion, double& first, double& second,
                                 double& third, double& fourth) const override;
     void Display(std::ostream& out) const override;
+    void AppendExact(std::string& bytes) const override;
 
-    /// Adds the records of a block for each of the parts, whose accumulators are all of this class:
-    /// the bits are those of one record after the other.
+    /// Adds the records of a block for each of the parts, whose accumulators are all of this class.
     static void AddBlock(std::span<const FSBlockPart> parts, const FSBlockCases& cases);
 
     /// Adds the cases of a later partition; partition order counts for the first category.
@@ -44,22 +44,13 @@ class FSCatPCatTAccum : public FSCategoricalAccum {
 
  private:
     friend class FSCategoricalAccum;
-    bool FitsTables() const {
-        return fPredCounts.HasOnlyWeights() && fTargetCounts.HasOnlyWeights() &&
-               fPairCounts.HasOnlyWeights();
-    }
     template <class Entry>
     void AddEntries(std::span<const Entry> entries, std::uint32_t entryEnd,
                     const FSBlockCases& cases);
     template <class Entry>
     void AddBySorting(std::span<const Entry> entries, const FSBlockCases& cases);
-    bool CountsPairsExactly(const FSBlockCases& cases) const;
-    std::vector<double> LoadCells(std::uint32_t entryEnd,
-                                  std::span<const std::int32_t> classKeys) const;
-    void StoreCells(std::span<const double> cells, std::uint32_t entryEnd,
-                    std::span<const std::int32_t> classKeys);
-    void StoreTargetCounts(std::vector<FSMapICntEntry>& counts);
-
+    struct BlockCounts;
+    void TakeCounts(const BlockCounts& counts, std::int32_t valid, const FSBlockCases& cases);
     template <class Visit>
     void ForEachCell(Visit visit) const;
     bool HasTable() const { return fPredCounts.Size() >= 2 && fTargetCounts.Size() >= 2; }

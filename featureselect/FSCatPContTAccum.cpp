@@ -1,10 +1,12 @@
 #include "featureselect/FSCatPContTAccum.h"
 
+#include <utility>
+#include <vector>
+
 #include "featureselect/FSArchives.h"
 #include "featureselect/FSCriterion.h"
 #include "featureselect/FSDisplay.h"
 #include "featureselect/FSFTest.h"
-#include "featureselect/FSRunningMean.h"
 #include "featureselect/FSTruncate.h"
 
 void FSCatPContTAccum::AddPair(double predictor, double target, double weight, bool) {
@@ -12,8 +14,8 @@ void FSCatPContTAccum::AddPair(double predictor, double target, double weight, b
     const std::int32_t category = FSTruncate(predictor);
     TrackConstant(category);
     fPredCounts.Add(category, weight);
-    fTargetStats.Add(category, target, weight);
-    fTargetMean += FSMeanStep(ValidWeight(), weight).Shift(target, fTargetMean);
+    fGroups.Add(category, target, weight);
+    fSum.AddProduct(weight, target);
     fProcessed += weight;
     FSCountOne(fUnweightedValid);
 }
@@ -24,86 +26,52 @@ void FSCatPContTAccum::AddBlock(std::span<const FSBlockPart> parts, const FSBloc
     AddColumns<FSCatPContTAccum>(parts, cases);
 }
 
-// As FSMapIStat::Add. A category without a weight is a new one.
-void FSCatPContTAccum::Category::Add(double target, double weight) {
-    if (fWeight > 0.0) {
-        const FSMeanStep step(fWeight, weight);
-        const double shift = step.Shift(target, fMean);
-        fSecondMoment += step.Moment(shift, shift);
-        fMean += shift;
-        fWeight += weight;
-    } else {
-        fMean = target;
-        fWeight = weight;
-    }
-}
-
 template <class Entry>
 void FSCatPContTAccum::AddEntries(std::span<const Entry> entries, std::uint32_t entryEnd,
                                   const FSBlockCases& cases) {
-    AddToMean(entries, cases);
-    if (!IsDense(entryEnd, cases)) return AddBySorting(entries, cases);
-    std::vector<double> counts = LoadPredCounts(entryEnd);
-    std::vector<Category> categories(entryEnd);
-    for (const FSMapIStatEntry& entry : fTargetStats.Entries()) {
-        const std::int64_t at = std::int64_t{entry.fKey} + 1;
-        if (at <= 0 || at >= entryEnd) continue;
-        categories[static_cast<std::size_t>(at)] = {entry.fWeight, entry.fMean, entry.fSecondMoment,
-                                                    entry.fVariance};
+    const FSRowLines& lines = cases.fpNumbers->Lines();
+    std::vector<FSMapICntEntry> counts;
+    std::vector<FSGroupMomentsEntry> groups;
+    FSWeightSum missing;
+    FSWeightSum valid;
+    const auto put = [&](std::uint32_t entry, const std::int64_t* line) {
+        if (lines.IsZero(line)) return;
+        FSGroupMomentsEntry group;
+        group.fKey = static_cast<std::int32_t>(entry - 1);
+        lines.AddMoments(line, group.fMoments);
+        if (entry == 0) {
+            missing += group.fMoments.fWeight;
+            return;
+        }
+        valid += group.fMoments.fWeight;
+        fSum += group.fMoments.fSum;
+        counts.push_back({group.fKey, group.fMoments.fWeight});
+        groups.push_back(std::move(group));
+    };
+    if (IsDense(entryEnd, cases)) {
+        std::vector<std::int64_t> table(entryEnd * lines.Stride());
+        lines.AddTo(table, entries.size(), [&](std::size_t row) { return entries[row]; });
+        for (std::uint32_t entry = 0; entry < entryEnd; ++entry) {
+            put(entry, &table[entry * lines.Stride()]);
+        }
+    } else {
+        ForEachCode(entries, cases, [&](std::uint32_t entry, std::span<const std::uint32_t> rows) {
+            put(entry, lines.SumOf(rows).data());
+        });
     }
-    for (std::size_t row = 0; row < entries.size(); ++row) {
-        const std::size_t entry = entries[row];
-        if (!cases.Counts(row) || entry == 0) continue;
-        counts[entry] += cases.fWeights[row];
-        categories[entry].Add(cases.fTargets[row], cases.fWeights[row]);
-    }
-    StorePredCounts(counts);
-    std::vector<FSMapIStatEntry> stats;
-    for (std::size_t entry = 1; entry < entryEnd; ++entry) {
-        const Category& category = categories[entry];
-        if (category.fWeight == 0.0) continue;
-        stats.push_back({static_cast<std::int32_t>(entry - 1), category.fWeight, category.fMean,
-                         category.fSecondMoment, category.fVariance});
-    }
-    fTargetStats.Replace(stats);
+    CountWeights(CountValid(entries, cases), valid, missing);
+    fPredCounts.Merge(counts);
+    fGroups.Merge(groups);
 }
 
-template <class Entry>
-void FSCatPContTAccum::AddBySorting(std::span<const Entry> entries, const FSBlockCases& cases) {
-    std::vector<FSMapIStatEntry> stats;
-    AddSorted(entries, cases, [&](std::int32_t code, std::span<const std::uint32_t> rows) {
-        Category category;
-        fTargetStats.Find(code, category.fWeight, category.fMean, category.fSecondMoment,
-                          category.fVariance);
-        for (const std::uint32_t row : rows) {
-            category.Add(cases.fTargets[row], cases.fWeights[row]);
-        }
-        stats.push_back(
-            {code, category.fWeight, category.fMean, category.fSecondMoment, category.fVariance});
-    });
-    fTargetStats.Replace(stats);
-}
-
-// The grand mean and the counters, one record after the other.
-template <class Entry>
-void FSCatPContTAccum::AddToMean(std::span<const Entry> entries, const FSBlockCases& cases) {
-    for (std::size_t row = 0; row < entries.size(); ++row) {
-        if (!cases.Counts(row)) continue;
-        const double weight = cases.fWeights[row];
-        if (entries[row] == 0) {
-            fMissing += weight;
-        } else {
-            fTargetMean +=
-                FSMeanStep(ValidWeight(), weight).Shift(cases.fTargets[row], fTargetMean);
-            FSCountOne(fUnweightedValid);
-        }
-        fProcessed += weight;
-    }
+double FSCatPContTAccum::GrandMean() const {
+    const FSExactSum weight = ValidWeight().Exact();
+    return weight.Sign() == 0 ? 0.0 : (fSum.Scaled() / weight.Scaled()).Value();
 }
 
 FSTestResult FSCatPContTAccum::Test(std::int32_t criterion) const {
     if (criterion != FSCriterion::kFStat && criterion != FSCriterion::kTStat) return {};
-    FSTestResult test = FSFTest::Of(fTargetStats, fTargetMean, ValidWeight()).Result();
+    FSTestResult test = FSFTest::Of(fGroups, fSum, ValidWeight()).Result();
     test.fTieBreak2 = ValidWeight();
     return test;
 }
@@ -118,28 +86,25 @@ bool FSCatPContTAccum::GetCriterionForDisplay(std::int32_t criterion, double& fi
 }
 
 void FSCatPContTAccum::MergeFrom(const FSCatPContTAccum& other) {
-    const double mine = ValidWeight();
-    const double theirs = other.ValidWeight();
-    if (mine > 0.0) {
-        if (theirs > 0.0) {
-            fTargetMean += (other.fTargetMean - fTargetMean) * FSMeanJoin(mine, theirs).fShare;
-        }
-    } else {
-        fTargetMean = other.fTargetMean;  // copied: no bit changes
-    }
-    fTargetStats.MergeFrom(other.fTargetStats);
+    fSum += other.fSum;
+    fGroups.MergeFrom(other.fGroups);
     MergeCounts(other);
+}
+
+void FSCatPContTAccum::AppendExact(std::string& bytes) const {
+    AppendCounts(bytes);
+    fGroups.AppendTo(bytes);
 }
 
 void FSCatPContTAccum::Display(std::ostream& out) const {
     FSDisplay::Start(out, "FSCatPContTAccum");
     FSDisplay::Line(out, "Number of predictor categories = ", fPredCounts.Size());
     DisplayCounters(out, "The first non-missing category = ");
-    FSDisplay::Line(out, "Grand mean of the target = ", fTargetMean);
+    FSDisplay::Line(out, "Grand mean of the target = ", GrandMean());
     out << "Case counts of predictor categories:\n";
     fPredCounts.Display(out);
     out << "Target statistics for predictor categories:\n";
-    fTargetStats.Display(out);
+    fGroups.Display(out);
     FSDisplay::End(out, "FSCatPContTAccum");
 }
 

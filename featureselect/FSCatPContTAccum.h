@@ -5,26 +5,25 @@
 
 #include "featureselect/FSBlockCases.h"
 #include "featureselect/FSCategoricalAccum.h"
-#include "featureselect/FSMapIStat.h"
+#include "featureselect/FSGroupMoments.h"
 
 /// A continuous target over the categories of a categorical predictor, for the F test.
 class FSCatPContTAccum : public FSCategoricalAccum {
  public:
     void AddPair(double predictor, double target, double weight, bool track) override;
     void AddValue(double value, double weight, bool track) override;
-    void FinishData() override { fTargetStats.FinishVariances(); }
+    void FinishData() override { fGroups.FinishVariances(); }
     /// Criteria 4 and 5 alike, see FSFTest: p-value, F, valid weight, then the degrees of freedom.
     FSTestResult Test(std::int32_t criterion) const override;
     bool GetCriterionForDisplay(std::int32_t criterion, double& first, double& second,
                                 double& third, double& fourth) const override;
     void Display(std::ostream& out) const override;
+    void AppendExact(std::string& bytes) const override;
 
-    /// Adds the records of a block for each of the parts, whose accumulators are all of this class:
-    /// the bits are those of one record after the other.
+    /// Adds the records of a block for each of the parts, whose accumulators are all of this class.
     static void AddBlock(std::span<const FSBlockPart> parts, const FSBlockCases& cases);
 
-    /// Adds the cases of a later partition (Chan, Golub & LeVeque 1983); partition order counts for
-    /// the first category.
+    /// Adds the cases of a later partition; partition order counts for the first category.
     void MergeFrom(const FSCatPContTAccum& other);
 
     std::int64_t SaveBinary(std::ostream& stream) const override;
@@ -35,8 +34,14 @@ class FSCatPContTAccum : public FSCategoricalAccum {
     static constexpr Persistence::SavedClass kSaved{"CAPCO", "FSCatPContTAccum"};
     template <class Self, class Archive>
     static void Fields(Self&& self, Archive& archive) {
-        archive(kSaved, self.fProcessed, self.fMissing, self.fFirstCategory, self.fConstant,
-                self.fTargetMean, self.fPredCounts, self.fTargetStats);
+        double mean = self.GrandMean();
+        FSMapIStat groups = self.fGroups.Rounded();
+        archive(kSaved, self.fProcessed, self.fMissing, self.fFirstCategory, self.fConstant, mean,
+                self.fPredCounts, groups);
+        if constexpr (std::remove_cvref_t<Archive>::kRestores) {
+            self.fSum = self.ValidWeight().Exact() * FSExactSum(mean);
+            self.fGroups = FSGroupMoments::Of(groups);
+        }
     }
 
  protected:
@@ -45,30 +50,14 @@ class FSCatPContTAccum : public FSCategoricalAccum {
     bool HasOneCaseRule() const override { return false; }
 
  private:
-    /// One entry of fTargetStats, as it is while a block is added.
-    struct Category {
-        double fWeight = 0;
-        double fMean = 0;
-        double fSecondMoment = 0;
-        double fVariance = 0;
-
-        void Add(double target, double weight);
-    };
-
     friend class FSCategoricalAccum;
-    bool FitsTables() const {
-        return fPredCounts.HasOnlyWeights() && fTargetStats.HasOnlyWeights();
-    }
+    double GrandMean() const;
     template <class Entry>
     void AddEntries(std::span<const Entry> entries, std::uint32_t entryEnd,
                     const FSBlockCases& cases);
-    template <class Entry>
-    void AddBySorting(std::span<const Entry> entries, const FSBlockCases& cases);
-    template <class Entry>
-    void AddToMean(std::span<const Entry> entries, const FSBlockCases& cases);
 
-    double fTargetMean = 0;   // grand mean of the target over valid records
-    FSMapIStat fTargetStats;  // of the target, per predictor category
+    FSExactSum fSum;         // of weight * target over valid records
+    FSGroupMoments fGroups;  // of the target, per predictor category
 };
 
 #endif  // PREDSEL_FEATURESELECT_FSCATPCONTTACCUM_H

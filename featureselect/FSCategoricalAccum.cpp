@@ -3,6 +3,7 @@
 #include "featureselect/FSDeletionReason.h"
 #include "featureselect/FSDeletionRules.h"
 #include "featureselect/FSDisplay.h"
+#include "featureselect/FSExactBytes.h"
 
 void FSCategoricalAccum::AddMissing(double weight) {
     if (!(weight > 0.0)) return;
@@ -25,33 +26,12 @@ void FSCategoricalAccum::CountUnits(std::int32_t valid, std::int32_t missing) {
     FSCountMore(fUnweightedValid, valid);
 }
 
-bool FSCategoricalAccum::CountsExactly(const FSBlockCases& cases) const {
-    return cases.fbUnit && FSCountsExactly(fProcessed, cases.fCounted) &&
-           FSCountsExactly(fMissing, cases.fCounted) && CountsExactly(fPredCounts, cases);
-}
-
-bool FSCategoricalAccum::CountsExactly(const FSMapICnt& counts, const FSBlockCases& cases) {
-    return std::all_of(counts.Entries().begin(), counts.Entries().end(), [&](const auto& entry) {
-        return FSCountsExactly(entry.fWeight, cases.fCounted);
-    });
-}
-
-std::vector<double> FSCategoricalAccum::LoadPredCounts(std::uint32_t entryEnd) const {
-    std::vector<double> weights(entryEnd);
-    for (const FSMapICntEntry& entry : fPredCounts.Entries()) {
-        const std::int64_t at = std::int64_t{entry.fKey} + 1;
-        if (at > 0 && at < entryEnd) weights[static_cast<std::size_t>(at)] = entry.fWeight;
-    }
-    return weights;
-}
-
-void FSCategoricalAccum::StorePredCounts(std::span<const double> weights) {
-    std::vector<FSMapICntEntry> counts;
-    for (std::size_t entry = 1; entry < weights.size(); ++entry) {
-        if (weights[entry] == 0.0) continue;
-        counts.push_back({static_cast<std::int32_t>(entry - 1), weights[entry]});
-    }
-    fPredCounts.Replace(counts);
+void FSCategoricalAccum::CountWeights(std::int32_t valid, const FSWeightSum& weight,
+                                      const FSWeightSum& missing) {
+    fProcessed += weight;
+    fProcessed += missing;
+    fMissing += missing;
+    FSCountMore(fUnweightedValid, valid);
 }
 
 std::int32_t FSCategoricalAccum::CheckDeletion(const FSSettings& settings) const {
@@ -95,4 +75,11 @@ void FSCategoricalAccum::DisplayCounters(std::ostream& out,
     FSDisplay::Line(out, "Number of missing cases = ", fMissing);
     FSDisplay::Line(out, firstCategoryLabel, fFirstCategory);
     out << (fConstant ? "This is constant\n" : "This is not constant\n");
+}
+
+void FSCategoricalAccum::AppendCounts(std::string& bytes) const {
+    fProcessed.Exact().AppendTo(bytes);
+    fMissing.Exact().AppendTo(bytes);
+    FSExactBytes::Append(bytes, fUnweightedValid);
+    fPredCounts.AppendExact(bytes);
 }

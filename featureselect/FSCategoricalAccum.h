@@ -5,12 +5,14 @@
 #include <cstdint>
 #include <ostream>
 #include <span>
+#include <string>
 #include <string_view>
 #include <type_traits>
 #include <variant>
 #include <vector>
 
 #include "featureselect/FSBlockCases.h"
+#include "featureselect/FSBlockNumbers.h"
 #include "featureselect/FSCount.h"
 #include "featureselect/FSMapICnt.h"
 #include "featureselect/IFSPredTargetAccum.h"
@@ -19,7 +21,7 @@
 class FSCategoricalAccum : public IFSPredTargetAccum {
  public:
     void AddMissing(double weight) override;
-    bool IsAllMissing() const override { return fProcessed == fMissing; }
+    bool IsAllMissing() const override { return ValidWeight() == 0.0; }
     bool IsConstant() const override { return fConstant; }
     std::int32_t CheckDeletion(const FSSettings& settings) const override;
     std::int32_t CheckAllDeletions(const FSSettings& settings,
@@ -27,26 +29,23 @@ class FSCategoricalAccum : public IFSPredTargetAccum {
     bool IsCategorical() const override { return true; }
 
  protected:
-    double ValidWeight() const { return fProcessed - fMissing; }
+    FSWeightSum ValidWeight() const { return fProcessed - fMissing; }
     void TrackConstant(std::int32_t category);
     /// Of the valid codes of a block.
     template <class Entry>
     void TrackConstants(std::span<const Entry> entries, const FSBlockCases& cases);
-    /// Counts the records of a block, valid and missing, one after the other.
-    template <class Entry>
-    void CountRecords(std::span<const Entry> entries, const FSBlockCases& cases);
-    /// Counts as many records of unit weight at once.
+    /// Counts the records of a block with these numbers of valid and missing ones.
     void CountUnits(std::int32_t valid, std::int32_t missing);
-    /// Whether unit weights can be added to the counters and to fPredCounts in any order.
-    bool CountsExactly(const FSBlockCases& cases) const;
-    static bool CountsExactly(const FSMapICnt& counts, const FSBlockCases& cases);
-    /// fPredCounts by entry of a column, 0 where there is none.
-    std::vector<double> LoadPredCounts(std::uint32_t entryEnd) const;
-    void StorePredCounts(std::span<const double> weights);
-    /// Adds to fPredCounts, where the codes are too many for a table: calls
-    /// run(code, records of the code in their order) for the codes upwards.
+    /// Counts the records of a block by their lines: the number of valid ones, their weight, and
+    /// the weight of the missing ones.
+    void CountWeights(std::int32_t valid, const FSWeightSum& weight, const FSWeightSum& missing);
+    /// The number of records with a code.
+    template <class Entry>
+    static std::int32_t CountValid(std::span<const Entry> entries, const FSBlockCases& cases);
+    /// The records of a block by their codes, where these are too many for a table: calls
+    /// run(entry, records of the entry, ascending) for the entries upwards, 0 for missing included.
     template <class Entry, class Run>
-    void AddSorted(std::span<const Entry> entries, const FSBlockCases& cases, Run run);
+    static void ForEachCode(std::span<const Entry> entries, const FSBlockCases& cases, Run run);
     /// Feeds the columns of codes to accumulators of a class by
     /// Class::AddEntries(entries, end of the entries, cases), and the rest value by value.
     template <class Class>
@@ -62,9 +61,12 @@ class FSCategoricalAccum : public IFSPredTargetAccum {
     /// Whether categories that hold one case can drop the predictor.
     virtual bool HasOneCaseRule() const { return true; }
 
-    double fProcessed = 0;              // weight of all records, missing included
+    /// Canonical bytes of what is common: see IFSPredTargetAccum::AppendExact.
+    void AppendCounts(std::string& bytes) const;
+
+    FSWeightSum fProcessed;             // weight of all records, missing included
     std::int32_t fUnweightedValid = 0;  // number of valid values; not saved
-    double fMissing = 0;                // weight of missing values
+    FSWeightSum fMissing;               // weight of missing values
     std::int32_t fFirstCategory = -1;   // first valid category; -1 before it
     bool fConstant = true;              // no second category so far
     FSMapICnt fPredCounts;              // weight per predictor category
@@ -80,51 +82,41 @@ void FSCategoricalAccum::TrackConstants(std::span<const Entry> entries, const FS
 }
 
 template <class Entry>
-void FSCategoricalAccum::CountRecords(std::span<const Entry> entries, const FSBlockCases& cases) {
+std::int32_t FSCategoricalAccum::CountValid(std::span<const Entry> entries,
+                                            const FSBlockCases& cases) {
+    std::int32_t valid = 0;
     for (std::size_t row = 0; row < entries.size(); ++row) {
-        if (!cases.Counts(row)) continue;
-        fProcessed += cases.fWeights[row];
-        if (entries[row] == 0) {
-            fMissing += cases.fWeights[row];
-        } else {
-            FSCountOne(fUnweightedValid);
-        }
+        valid += cases.Counts(row) && entries[row] != 0 ? 1 : 0;
     }
+    return valid;
 }
 
 template <class Entry, class Run>
-void FSCategoricalAccum::AddSorted(std::span<const Entry> entries, const FSBlockCases& cases,
-                                   Run run) {
+void FSCategoricalAccum::ForEachCode(std::span<const Entry> entries, const FSBlockCases& cases,
+                                     Run run) {
     constexpr int kRowBits = 32;
     std::vector<std::uint64_t> sorted;  // entry, then row
     sorted.reserve(entries.size());
     for (std::size_t row = 0; row < entries.size(); ++row) {
-        if (!cases.Counts(row) || entries[row] == 0) continue;
-        sorted.push_back(std::uint64_t{entries[row]} << kRowBits | row);
+        if (cases.Counts(row)) sorted.push_back(std::uint64_t{entries[row]} << kRowBits | row);
     }
     std::sort(sorted.begin(), sorted.end());
-    std::vector<FSMapICntEntry> counts;
     std::vector<std::uint32_t> rows;
     for (std::size_t at = 0; at < sorted.size();) {
         const std::uint64_t entry = sorted[at] >> kRowBits;
-        FSMapICntEntry count{static_cast<std::int32_t>(entry - 1), 0.0};
-        fPredCounts.Find(count.fKey, count.fWeight);
         rows.clear();
         for (; at < sorted.size() && sorted[at] >> kRowBits == entry; ++at) {
             rows.push_back(static_cast<std::uint32_t>(sorted[at]));
-            count.fWeight += cases.fWeights[rows.back()];
         }
-        counts.push_back(count);
-        run(count.fKey, std::span<std::uint32_t>(rows));
+        run(static_cast<std::uint32_t>(entry), std::span<std::uint32_t>(rows));
     }
-    fPredCounts.Replace(counts);
 }
 
 template <class Class>
 void FSCategoricalAccum::AddColumns(std::span<const FSBlockPart> parts, const FSBlockCases& cases) {
     for (const FSBlockPart& part : parts) {
         auto& accum = static_cast<Class&>(*part.fpAccum);
-        if (!part.fColumn.IsCategorical() || !accum.FitsTables()) {
+        if (!part.fColumn.IsCategorical() || (!cases.fbUnit && cases.fpNumbers == nullptr)) {
             part.AddPlainly(cases);
             continue;
         }

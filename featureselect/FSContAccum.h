@@ -5,6 +5,7 @@
 
 #include "featureselect/FSBlockCases.h"
 #include "featureselect/FSContinuousAccum.h"
+#include "featureselect/FSMoments.h"
 
 /// Mean and spread of a continuous predictor when there is no target: screening only.
 class FSContAccum : public FSContinuousAccum {
@@ -20,13 +21,12 @@ class FSContAccum : public FSContinuousAccum {
     bool GetCriterionForDisplay(std::int32_t criterion, double& first, double& second,
                                 double& third, double& fourth) const override;
     void Display(std::ostream& out) const override;
+    void AppendExact(std::string& bytes) const override;
 
-    /// Adds the records of a block for each of the parts, whose accumulators are all of this class:
-    /// the bits are those of one record after the other.
+    /// Adds the records of a block for each of the parts, whose accumulators are all of this class.
     static void AddBlock(std::span<const FSBlockPart> parts, const FSBlockCases& cases);
 
-    /// Adds the cases of a later partition (Chan, Golub & LeVeque 1983); partition order counts for
-    /// the first value.
+    /// Adds the cases of a later partition; partition order counts for the first value.
     void MergeFrom(const FSContAccum& other);
 
     std::int64_t SaveBinary(std::ostream& stream) const override;
@@ -37,22 +37,27 @@ class FSContAccum : public FSContinuousAccum {
     static constexpr Persistence::SavedClass kSaved{"COPRE", "FSContAccum"};
     template <class Self, class Archive>
     static void Fields(Self&& self, Archive& archive) {
-        archive(kSaved, self.fProcessed, self.fMissing, self.fFirstValue, self.fConstant,
-                self.fMean, self.fSecondMoment, self.fVariance);
+        double mean = self.fMoments.Mean();
+        double secondMoment = self.fMoments.SecondMoment().Value();
+        archive(kSaved, self.fProcessed, self.fMissing, self.fFirstValue, self.fConstant, mean,
+                secondMoment, self.fVariance);
+        if constexpr (std::remove_cvref_t<Archive>::kRestores) {
+            self.TakeRounded(mean, secondMoment);
+        }
     }
 
  protected:
-    double ScreenedMean() const override { return fMean; }
-    double ScreenedStdDev() const override;
+    double ScreenedMean() const override { return fMoments.Mean(); }
+    double ScreenedStdDev() const override { return fSpread.SquareRoot().Value(); }
 
  private:
     friend class FSContinuousAccum;
-    static void AddLanes(std::span<FSContAccum* const> accums,
-                         const FSMomentLanes::Columns& columns, const FSBlockCases& cases);
+    FSWeightSum AddColumn(FSOrderedColumn& column, const FSBlockCases& cases, FSWeightSum& missing);
+    void TakeRounded(double mean, double secondMoment);
 
-    double fMean = 0;
-    double fSecondMoment = 0;  // sum of weight * (value - mean)^2
-    double fVariance = 0;      // set by FinishData
+    FSMoments fMoments;
+    double fVariance = 0;  // set by FinishData
+    FSScaled fSpread;      // the same, where a double would be too small or too large
 };
 
 #endif  // PREDSEL_FEATURESELECT_FSCONTACCUM_H

@@ -1,92 +1,79 @@
 #include "featureselect/FSContPContTAccum.h"
 
 #include <cmath>
+#include <limits>
 
 #include "featureselect/FSArchives.h"
 #include "featureselect/FSCriterion.h"
 #include "featureselect/FSDisplay.h"
 #include "featureselect/FSDistributions.h"
-#include "featureselect/FSRunningMean.h"
 
 void FSContPContTAccum::AddPair(double predictor, double target, double weight, bool) {
     if (!(weight > 0.0)) return;
     TrackConstant(predictor);
-    const FSMeanStep step(ValidWeight(), weight);
-    const double predShift = step.Shift(predictor, fPredMean);
-    const double targetShift = step.Shift(target, fTargetMean);
-    fPredMean += predShift;
-    fPredSecondMoment += step.Moment(predShift, predShift);
-    fTargetMean += targetShift;
-    fTargetSecondMoment += step.Moment(targetShift, targetShift);
-    fCrossProduct += step.Moment(predShift, targetShift);
+    fPairs.Add(predictor, target, weight);
     fProcessed += weight;
 }
 
 void FSContPContTAccum::AddValue(double, double, bool) {}
 
 void FSContPContTAccum::AddBlock(std::span<const FSBlockPart> parts, const FSBlockCases& cases) {
-    AddInLanes<FSContPContTAccum>(parts, cases);
+    AddColumns<FSContPContTAccum>(parts, cases);
 }
 
-void FSContPContTAccum::AddLanes(std::span<FSContPContTAccum* const> accums,
-                                 const FSMomentLanes::Columns& columns, const FSBlockCases& cases) {
-    FSMomentLanes::Pair lanes;
-    for (std::size_t lane = 0; lane < accums.size(); ++lane) {
-        const FSContPContTAccum& accum = *accums[lane];
-        accum.LoadWeights(lanes.fWeights, lane);
-        lanes.fPredMean[lane] = accum.fPredMean;
-        lanes.fPredMoment[lane] = accum.fPredSecondMoment;
-        lanes.fTargetMean[lane] = accum.fTargetMean;
-        lanes.fTargetMoment[lane] = accum.fTargetSecondMoment;
-        lanes.fCross[lane] = accum.fCrossProduct;
-    }
-    FSMomentLanes::Add(lanes, columns, cases);
-    for (std::size_t lane = 0; lane < accums.size(); ++lane) {
-        FSContPContTAccum& accum = *accums[lane];
-        accum.StoreWeights(lanes.fWeights, lane);
-        accum.fPredMean = lanes.fPredMean[lane];
-        accum.fPredSecondMoment = lanes.fPredMoment[lane];
-        accum.fTargetMean = lanes.fTargetMean[lane];
-        accum.fTargetSecondMoment = lanes.fTargetMoment[lane];
-        accum.fCrossProduct = lanes.fCross[lane];
-    }
+FSWeightSum FSContPContTAccum::AddColumn(FSOrderedColumn& column, const FSBlockCases&,
+                                         FSWeightSum& missing) {
+    const FSWeightSum before = fPairs.fWeight;
+    column.AddPairs(fPairs, missing);
+    return fPairs.fWeight - before;
 }
 
+// With n the sum of weights, n times the sums of squared and cross deviations are differences of
+// exact products, and so is 1 - r^2 above their denominator: nothing cancels that was rounded.
 void FSContPContTAccum::FinishData() {
     fCorrelation = MCMV::gMissingValue;
-    const double divisor = ValidWeight() - 1.0;
-    if (!(ValidWeight() > 1.0)) {
-        fPredVariance = 0.0;
-        fTargetVariance = 0.0;
-        return;
-    }
-    fPredVariance = fPredSecondMoment / divisor;
-    fTargetVariance = fTargetSecondMoment / divisor;
-    if (fPredVariance > 0.0 && fTargetVariance > 0.0) {
-        fCorrelation =
-            (fCrossProduct / divisor) / std::sqrt(fPredVariance) / std::sqrt(fTargetVariance);
-    }
+    const FSWeightSum valid = ValidWeight();
+    fPredVariance = 0.0;
+    fTargetVariance = 0.0;
+    fPredSpread = FSScaled();
+    if (!(valid > 1.0)) return;
+    const FSMoments x = fPairs.X();
+    const FSMoments y = fPairs.Y();
+    const FSScaled divisor = (valid - FSWeightSum(1.0)).Exact().Scaled();
+    fPredSpread = x.SecondMoment() / divisor;
+    fPredVariance = fPredSpread.Value();
+    fTargetVariance = (y.SecondMoment() / divisor).Value();
+    const FSExactSum xx = x.WeightedSecondMoment();
+    const FSExactSum yy = y.WeightedSecondMoment();
+    if (!fPairs.IsNumber() || xx.Sign() <= 0 || yy.Sign() <= 0) return;
+    const FSExactSum xy = fPairs.WeightedCross();
+    const FSExactSum whole = xx * yy;
+    const FSExactSum explained = xy * xy;
+    fSquared = explained.Scaled() / whole.Scaled();
+    fUnexplained = (whole - explained).Scaled() / whole.Scaled();
+    fCorrelation = (xy.Scaled() / whole.Scaled().SquareRoot()).Value();
 }
 
 FSTestResult FSContPContTAccum::Test(std::int32_t criterion) const {
     if (criterion != FSCriterion::kFStat && criterion != FSCriterion::kTStat) return {};
     if (fCorrelation == MCMV::gMissingValue) return {};
-    const double squared = fCorrelation * fCorrelation;
-    const double df = ValidWeight() - 2.0;
+    const FSWeightSum df = ValidWeight() - FSWeightSum(2.0);
     FSTestResult test;
     test.fTest = FSTestResult::kT;
     test.fDf1 = df;
-    test.fTieBreak1 = squared;
-    test.fTieBreak2 = df + 2.0;
+    test.fTieBreak1 = fSquared.Value();
+    test.fTieBreak2 = ValidWeight();
     test.fExtra1 = fCorrelation;
-    if (squared < 1.0 && df >= 0.0) {
-        const double t = std::sqrt(df / (1.0 - squared)) * fCorrelation;
-        test.fExtra2 = t;
-        test.fStatistic = std::abs(t);
-        const double below = TCdf(t, df);
-        if (below != MCMV::gMissingValue) test.fValue = 2.0 * (t > 0.0 ? 1.0 - below : below);
+    if (fUnexplained.IsPositive() && df >= 0.0) {
+        const FSScaled t = (df.Exact().Scaled() * fSquared / fUnexplained).SquareRoot();
+        test.fExtra2 = std::copysign(t.Value(), fCorrelation);
+        test.fStatistic = t.Value();
+        const FSTail tail = TTail(test.fStatistic, df);
+        test.fValue = tail.fP;
+        test.fLogP = tail.fLogP;
     } else {
         test.fValue = 0.0;
+        test.fLogP = -std::numeric_limits<double>::infinity();
     }
     return test;
 }
@@ -103,42 +90,25 @@ bool FSContPContTAccum::GetCriterionForDisplay(std::int32_t criterion, double& f
     return true;
 }
 
-double FSContPContTAccum::ScreenedStdDev() const { return std::sqrt(fPredVariance); }
-
 void FSContPContTAccum::MergeFrom(const FSContPContTAccum& other) {
-    const double mine = ValidWeight();
-    const double theirs = other.ValidWeight();
-    if (theirs > 0.0) {
-        if (mine > 0.0) {
-            const FSMeanJoin join(mine, theirs);
-            const double predDelta = other.fPredMean - fPredMean;
-            const double targetDelta = other.fTargetMean - fTargetMean;
-            fPredMean += predDelta * join.fShare;
-            fPredSecondMoment += other.fPredSecondMoment + join.Moment(predDelta, predDelta);
-            fTargetMean += targetDelta * join.fShare;
-            fTargetSecondMoment +=
-                other.fTargetSecondMoment + join.Moment(targetDelta, targetDelta);
-            fCrossProduct += other.fCrossProduct + join.Moment(predDelta, targetDelta);
-        } else {  // copied: no bit changes
-            fPredMean = other.fPredMean;
-            fPredSecondMoment = other.fPredSecondMoment;
-            fTargetMean = other.fTargetMean;
-            fTargetSecondMoment = other.fTargetSecondMoment;
-            fCrossProduct = other.fCrossProduct;
-        }
-    }
+    fPairs += other.fPairs;
     MergeCounts(other);
+}
+
+void FSContPContTAccum::AppendExact(std::string& bytes) const {
+    AppendCounts(bytes);
+    fPairs.AppendTo(bytes);
 }
 
 void FSContPContTAccum::Display(std::ostream& out) const {
     FSDisplay::Start(out, "FSContPContTAccum");
     DisplayWeights(out);
     DisplayConstant(out, "The first non-missing value = ");
-    FSDisplay::Line(out, "Mean of the predictor = ", fPredMean);
-    FSDisplay::Line(out, "Second moment of the predictor = ", fPredSecondMoment);
-    FSDisplay::Line(out, "Mean of the target = ", fTargetMean);
-    FSDisplay::Line(out, "Second moment of the target = ", fTargetSecondMoment);
-    FSDisplay::Line(out, "Cross-product = ", fCrossProduct);
+    FSDisplay::Line(out, "Mean of the predictor = ", fPairs.X().Mean());
+    FSDisplay::Line(out, "Second moment of the predictor = ", fPairs.X().SecondMoment());
+    FSDisplay::Line(out, "Mean of the target = ", fPairs.Y().Mean());
+    FSDisplay::Line(out, "Second moment of the target = ", fPairs.Y().SecondMoment());
+    FSDisplay::Line(out, "Cross-product = ", fPairs.Cross());
     FSDisplay::Line(out, "Variance of the predictor = ", fPredVariance);
     FSDisplay::Line(out, "Variance of the target = ", fTargetVariance);
     FSDisplay::Line(out, "Pearson correlation coefficient = ", fCorrelation);

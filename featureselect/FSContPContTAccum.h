@@ -5,6 +5,7 @@
 
 #include "featureselect/FSBlockCases.h"
 #include "featureselect/FSContinuousAccum.h"
+#include "featureselect/FSMoments.h"
 
 /// Means, spreads and cross-product of a continuous predictor and a continuous target, for the t
 /// test of their correlation.
@@ -21,13 +22,12 @@ class FSContPContTAccum : public FSContinuousAccum {
     bool GetCriterionForDisplay(std::int32_t criterion, double& first, double& second,
                                 double& third, double& fourth) const override;
     void Display(std::ostream& out) const override;
+    void AppendExact(std::string& bytes) const override;
 
-    /// Adds the records of a block for each of the parts, whose accumulators are all of this class:
-    /// the bits are those of one record after the other.
+    /// Adds the records of a block for each of the parts, whose accumulators are all of this class.
     static void AddBlock(std::span<const FSBlockPart> parts, const FSBlockCases& cases);
 
-    /// Adds the cases of a later partition (Chan, Golub & LeVeque 1983); partition order counts for
-    /// the first value.
+    /// Adds the cases of a later partition; partition order counts for the first value.
     void MergeFrom(const FSContPContTAccum& other);
 
     std::int64_t SaveBinary(std::ostream& stream) const override;
@@ -39,29 +39,38 @@ class FSContPContTAccum : public FSContinuousAccum {
     static constexpr Persistence::SavedClass kSaved{"COPCO", "FSContPContTAccum"};
     template <class Self, class Archive>
     static void Fields(Self&& self, Archive& archive) {
-        archive(kSaved, self.fProcessed, self.fMissing, self.fFirstValue, self.fConstant,
-                self.fPredMean, self.fPredSecondMoment, self.fTargetMean, self.fTargetSecondMoment,
-                self.fCrossProduct);
+        const FSMoments x = self.fPairs.X();
+        const FSMoments y = self.fPairs.Y();
+        double predMean = x.Mean();
+        double predSecondMoment = x.SecondMoment().Value();
+        double targetMean = y.Mean();
+        double targetSecondMoment = y.SecondMoment().Value();
+        double crossProduct = self.fPairs.Cross().Value();
+        archive(kSaved, self.fProcessed, self.fMissing, self.fFirstValue, self.fConstant, predMean,
+                predSecondMoment, targetMean, targetSecondMoment, crossProduct);
+        if constexpr (std::remove_cvref_t<Archive>::kRestores) {
+            self.fPairs = FSPairMoments::Of(self.ValidWeight(), predMean, predSecondMoment,
+                                            targetMean, targetSecondMoment, crossProduct);
+            self.fLowest = self.fHighest = self.fFirstValue;
+        }
     }
 
  protected:
-    double ScreenedMean() const override { return fPredMean; }
-    double ScreenedStdDev() const override;
+    double ScreenedMean() const override { return fPairs.X().Mean(); }
+    double ScreenedStdDev() const override { return fPredSpread.SquareRoot().Value(); }
 
  private:
     friend class FSContinuousAccum;
-    static void AddLanes(std::span<FSContPContTAccum* const> accums,
-                         const FSMomentLanes::Columns& columns, const FSBlockCases& cases);
+    FSWeightSum AddColumn(FSOrderedColumn& column, const FSBlockCases& cases, FSWeightSum& missing);
 
-    double fPredMean = 0;
-    double fPredSecondMoment = 0;  // sum of weight * (predictor - mean)^2
-    double fTargetMean = 0;
-    double fTargetSecondMoment = 0;
-    double fCrossProduct = 0;  // sum of weight * both deviations
+    FSPairMoments fPairs;
     // Set by FinishData.
     double fPredVariance = MCMV::gMissingValue;
     double fTargetVariance = MCMV::gMissingValue;
     double fCorrelation = MCMV::gMissingValue;
+    FSScaled fPredSpread;  // the predictor's variance, where a double would be too small or large
+    FSScaled fSquared;     // squared correlation, and 1 less that
+    FSScaled fUnexplained;
 };
 
 #endif  // PREDSEL_FEATURESELECT_FSCONTPCONTTACCUM_H

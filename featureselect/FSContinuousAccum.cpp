@@ -1,8 +1,11 @@
 #include "featureselect/FSContinuousAccum.h"
 
+#include <algorithm>
+
 #include "featureselect/FSDeletionReason.h"
 #include "featureselect/FSDeletionRules.h"
 #include "featureselect/FSDisplay.h"
+#include "featureselect/FSExactBytes.h"
 
 void FSContinuousAccum::AddMissing(double weight) {
     if (!(weight > 0.0)) return;
@@ -11,6 +14,7 @@ void FSContinuousAccum::AddMissing(double weight) {
 }
 
 void FSContinuousAccum::TrackConstant(double value) {
+    TrackRange(value + 0.0, value + 0.0);  // one zero for both
     if (!fConstant) return;
     if (fFirstValue == MCMV::gMissingValue) {
         fFirstValue = value;
@@ -19,25 +23,25 @@ void FSContinuousAccum::TrackConstant(double value) {
     }
 }
 
-void FSContinuousAccum::TrackConstants(std::span<const double> values, const FSBlockCases& cases) {
-    for (std::size_t row = 0; fConstant && row < values.size(); ++row) {
-        if (cases.Counts(row) && values[row] != MCMV::gMissingValue) TrackConstant(values[row]);
+void FSContinuousAccum::TrackRange(double lowest, double highest) {
+    if (fLowest == MCMV::gMissingValue) {
+        fLowest = lowest;
+        fHighest = highest;
+    } else {
+        fLowest = std::min(fLowest, lowest);
+        fHighest = std::max(fHighest, highest);
     }
 }
 
-bool FSContinuousAccum::FitsLanes(const FSBlockCases& cases) const {
-    return !cases.fbUnit || (FSCountsExactly(fProcessed, cases.fCounted) &&
-                             FSCountsExactly(fMissing, cases.fCounted));
-}
-
-void FSContinuousAccum::LoadWeights(FSMomentLanes::Weights& weights, std::size_t lane) const {
-    weights.fProcessed[lane] = fProcessed;
-    weights.fMissing[lane] = fMissing;
-}
-
-void FSContinuousAccum::StoreWeights(const FSMomentLanes::Weights& weights, std::size_t lane) {
-    fProcessed = weights.fProcessed[lane];
-    fMissing = weights.fMissing[lane];
+// All valid values of a column at once.
+void FSContinuousAccum::TrackColumn(std::span<const double> values, const FSBlockCases& cases,
+                                    const FSFixedSums::Range& range) {
+    if (range.fValid == 0) return;
+    for (std::size_t row = 0; fFirstValue == MCMV::gMissingValue && row < values.size(); ++row) {
+        if (cases.Counts(row)) fFirstValue = values[row];
+    }
+    fConstant = fConstant && range.fLowest == fFirstValue && range.fHighest == fFirstValue;
+    TrackRange(range.fLowest, range.fHighest);
 }
 
 std::int32_t FSContinuousAccum::CheckDeletion(const FSSettings& settings) const {
@@ -67,6 +71,7 @@ void FSContinuousAccum::MergeCounts(const FSContinuousAccum& other) {
         TrackConstant(other.fFirstValue);
         fConstant = fConstant && other.fConstant;
     }
+    if (other.fLowest != MCMV::gMissingValue) TrackRange(other.fLowest, other.fHighest);
     fProcessed += other.fProcessed;
     fMissing += other.fMissing;
 }
@@ -79,4 +84,11 @@ void FSContinuousAccum::DisplayWeights(std::ostream& out) const {
 void FSContinuousAccum::DisplayConstant(std::ostream& out, std::string_view firstValueLabel) const {
     FSDisplay::Line(out, firstValueLabel, fFirstValue);
     out << (fConstant ? "This is constant\n" : "This is not constant\n");
+}
+
+void FSContinuousAccum::AppendCounts(std::string& bytes) const {
+    fProcessed.Exact().AppendTo(bytes);
+    fMissing.Exact().AppendTo(bytes);
+    FSExactBytes::Append(bytes, fLowest);
+    FSExactBytes::Append(bytes, fHighest);
 }

@@ -1,16 +1,17 @@
 #ifndef PREDSEL_FEATURESELECT_FSCONTINUOUSACCUM_H
 #define PREDSEL_FEATURESELECT_FSCONTINUOUSACCUM_H
 
-#include <array>
 #include <cstdint>
 #include <ostream>
 #include <span>
+#include <string>
 #include <string_view>
 #include <variant>
 #include <vector>
 
 #include "featureselect/FSBlockCases.h"
-#include "featureselect/FSMomentLanes.h"
+#include "featureselect/FSBlockNumbers.h"
+#include "featureselect/FSWeightSum.h"
 #include "featureselect/IFSPredTargetAccum.h"
 #include "host/Records.h"
 
@@ -18,7 +19,7 @@
 class FSContinuousAccum : public IFSPredTargetAccum {
  public:
     void AddMissing(double weight) override;
-    bool IsAllMissing() const override { return fProcessed == fMissing; }
+    bool IsAllMissing() const override { return ValidWeight() == 0.0; }
     bool IsConstant() const override { return fConstant; }
     std::int32_t CheckDeletion(const FSSettings& settings) const override;
     std::int32_t CheckAllDeletions(const FSSettings& settings,
@@ -26,18 +27,13 @@ class FSContinuousAccum : public IFSPredTargetAccum {
     bool IsCategorical() const override { return false; }
 
  protected:
-    double ValidWeight() const { return fProcessed - fMissing; }
+    FSWeightSum ValidWeight() const { return fProcessed - fMissing; }
     void TrackConstant(double value);
-    /// Of the valid values of a block.
-    void TrackConstants(std::span<const double> values, const FSBlockCases& cases);
-    /// Feeds the columns of numbers to the accumulators of a class, some of them side by side
-    /// through Class::AddLanes(accumulators, columns, cases), and the rest value by value.
+    /// Feeds the columns of numbers to the accumulators of a class through
+    /// Class::AddColumn(column, cases), which returns the valid weight and adds that of missing
+    /// values to fMissing, and the rest value by value.
     template <class Class>
-    static void AddInLanes(std::span<const FSBlockPart> parts, const FSBlockCases& cases);
-    /// Whether the lanes can take over what has been added so far.
-    bool FitsLanes(const FSBlockCases& cases) const;
-    void LoadWeights(FSMomentLanes::Weights& weights, std::size_t lane) const;
-    void StoreWeights(const FSMomentLanes::Weights& weights, std::size_t lane);
+    static void AddColumns(std::span<const FSBlockPart> parts, const FSBlockCases& cases);
     /// Adds the weights and the constancy of a later partition.
     void MergeCounts(const FSContinuousAccum& other);
     void DisplayWeights(std::ostream& out) const;
@@ -46,37 +42,44 @@ class FSContinuousAccum : public IFSPredTargetAccum {
     virtual double ScreenedMean() const = 0;
     virtual double ScreenedStdDev() const = 0;
 
-    double fProcessed = 0;                     // weight of all records, missing included
-    double fMissing = 0;                       // weight of missing values
+    /// Canonical bytes of what is common: see IFSPredTargetAccum::AppendExact.
+    void AppendCounts(std::string& bytes) const;
+
+    FSWeightSum fProcessed;                    // weight of all records, missing included
+    FSWeightSum fMissing;                      // weight of missing values
     double fFirstValue = MCMV::gMissingValue;  // first valid value
     bool fConstant = true;                     // no second value so far, by exact comparison
+    // Of the valid values; not saved. The missing value, both, before the first one.
+    double fLowest = MCMV::gMissingValue;
+    double fHighest = MCMV::gMissingValue;
+
+ private:
+    void TrackRange(double lowest, double highest);
+    void TrackColumn(std::span<const double> values, const FSBlockCases& cases,
+                     const FSFixedSums::Range& range);
 };
 
 template <class Class>
-void FSContinuousAccum::AddInLanes(std::span<const FSBlockPart> parts, const FSBlockCases& cases) {
-    std::array<Class*, FSMomentLanes::kLanes> accums{};
-    FSMomentLanes::Columns columns{};
-    std::size_t lanes = 0;
-    const auto run = [&] {
-        if (lanes == 0) return;
-        // The lanes left over do the work of the first for nobody.
-        for (std::size_t lane = lanes; lane < columns.size(); ++lane) columns[lane] = columns[0];
-        Class::AddLanes(std::span<Class* const>(accums.data(), lanes), columns, cases);
-        lanes = 0;
-    };
+void FSContinuousAccum::AddColumns(std::span<const FSBlockPart> parts, const FSBlockCases& cases) {
     for (const FSBlockPart& part : parts) {
         auto& accum = static_cast<Class&>(*part.fpAccum);
         const auto* values = std::get_if<MCCommon::BlockColumn::Numbers>(&part.fColumn.fValues);
-        if (values == nullptr || !accum.FitsLanes(cases)) {
+        if (values == nullptr || cases.fpNumbers == nullptr) {
             part.AddPlainly(cases);
             continue;
         }
-        accum.TrackConstants(*values, cases);
-        accums[lanes] = &accum;
-        columns[lanes] = values->data();
-        if (++lanes == columns.size()) run();
+        FSOrderedColumn column(*values, *cases.fpNumbers);
+        if (!column.IsPlain()) {
+            part.AddPlainly(cases);
+            continue;
+        }
+        accum.TrackColumn(*values, cases, column.GetRange());
+        FSWeightSum missing;
+        accum.fProcessed += accum.AddColumn(column, cases, missing);
+        accum.fProcessed += missing;
+        accum.fMissing += missing;
+        part.AddRows(cases, column.Apart());
     }
-    run();
 }
 
 #endif  // PREDSEL_FEATURESELECT_FSCONTINUOUSACCUM_H

@@ -25,9 +25,9 @@ bool FSDeletionRules::ManyConst(const FSSettings& settings, const FSMapICnt& cou
     if (!settings.fDeleteManyConst || !(settings.fMaxSingleCategory < 1.0)) return false;
     if (counts.Size() == 0) return false;
     double largest = 0.0;
-    double sum = 0.0;
+    FSWeightSum sum;
     for (std::int32_t i = 0; i < counts.Size(); ++i) {
-        largest = std::max(largest, counts.GetAt(i).fWeight);
+        largest = std::max<double>(largest, counts.GetAt(i).fWeight);
         sum += counts.GetAt(i).fWeight;
     }
     return largest / sum > settings.fMaxSingleCategory;

@@ -12,6 +12,12 @@ void Line(std::ostream& out, std::string_view label, std::int32_t value) {
     out << label << value << '\n';
 }
 
+void Line(std::ostream& out, std::string_view label, const FSScaled& value) {
+    out << label << value.Value();
+    if (value.IsBeyondDouble()) out << " (the largest double; the number is beyond it)";
+    out << '\n';
+}
+
 void Start(std::ostream& out, std::string_view className) {
     out << "Start of " << className << " display\n";
 }

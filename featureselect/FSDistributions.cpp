@@ -57,3 +57,26 @@ double TCdf(double t, double df) {
     }
     return ScaledBeta(a, v, 0.5, h, t < 0.0 ? -0.5 : 0.5, 0.5);
 }
+
+FSTail ChiSquareTail(double x, double df) {
+    if (!IsGoodDf(df) || std::isnan(x)) return {};
+    int error = kNUMERIC_OK;
+    const double p = IncompleteGamma(x / 2.0, df / 2.0, false, error);
+    if (error != kNUMERIC_OK) return {};
+    return {p, std::log(p)};
+}
+
+FSTail FTail(double f, double df1, double df2) {
+    if (!IsGoodDf(df1) || !IsGoodDf(df2) || std::isnan(f)) return {};
+    if (!(f > 0.0)) return {1.0, 0.0};
+    const FSDoubleDouble ratio = FSDoubleDouble(df2) / df1;
+    const double p = ScaledBeta(ratio, f, df2 / 2.0, df1 / 2.0, 1.0, 0.0);
+    return {p, std::log(p)};
+}
+
+FSTail TTail(double t, double df) {
+    if (!IsGoodDf(df) || std::isnan(t)) return {};
+    if (t == 0.0) return {1.0, 0.0};
+    const double p = 2.0 * TCdf(-std::abs(t), df);
+    return {p, std::log(p)};
+}

@@ -2,6 +2,7 @@
 
 #include "featureselect/FSArchives.h"
 #include "featureselect/FSDisplay.h"
+#include "featureselect/FSExactBytes.h"
 
 bool FSMapICnt::Add(std::int32_t key, double weight) {
     const auto [entry, existed] = FindOrInsert({key, weight});
@@ -16,8 +17,8 @@ bool FSMapICnt::Find(std::int32_t key, double& weight) const {
     return true;
 }
 
-void FSMapICnt::MergeFrom(const FSMapICnt& other) {
-    MergeEntries(other.Entries(), [](FSMapICntEntry& mine, const FSMapICntEntry& theirs) {
+void FSMapICnt::Merge(std::span<const FSMapICntEntry> others) {
+    MergeEntries(others, [](FSMapICntEntry& mine, const FSMapICntEntry& theirs) {
         mine.fWeight += theirs.fWeight;
     });
 }
@@ -26,9 +27,17 @@ void FSMapICnt::Display(std::ostream& out) const {
     FSDisplay::Start(out, "FSMapICnt");
     FSDisplay::Line(out, "Map size = ", Size());
     for (const FSMapICntEntry& entry : fvEntries) {
-        out << "Key = " << entry.fKey << ", Value = " << entry.fWeight << '\n';
+        out << "Key = " << entry.fKey << ", Value = " << static_cast<double>(entry.fWeight) << '\n';
     }
     FSDisplay::End(out, "FSMapICnt");
+}
+
+void FSMapICnt::AppendExact(std::string& bytes) const {
+    FSExactBytes::Append(bytes, Size());
+    for (const FSMapICntEntry& entry : fvEntries) {
+        FSExactBytes::Append(bytes, entry.fKey);
+        entry.fWeight.Exact().AppendTo(bytes);
+    }
 }
 
 std::int64_t FSMapICnt::SaveBinary(std::ostream& stream) const {

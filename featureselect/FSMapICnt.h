@@ -3,13 +3,16 @@
 
 #include <cstdint>
 #include <ostream>
+#include <span>
+#include <string>
 
 #include "featureselect/FSPersistence.h"
 #include "featureselect/FSSortedEntries.h"
+#include "featureselect/FSWeightSum.h"
 
 struct FSMapICntEntry {
     std::int32_t fKey = 0;
-    double fWeight = 0;
+    FSWeightSum fWeight;
 
     template <class Self, class Archive>
     static void Fields(Self&& self, Archive& archive) {
@@ -25,7 +28,10 @@ class FSMapICnt : public FSSortedEntries<FSMapICntEntry> {
     /// False, and the output untouched, for an unknown category.
     bool Find(std::int32_t key, double& weight) const;
     /// Adds the cases of a later partition.
-    void MergeFrom(const FSMapICnt& other);
+    void MergeFrom(const FSMapICnt& other) { Merge(other.Entries()); }
+    /// Adds weights, ascending by key.
+    void Merge(std::span<const FSMapICntEntry> others);
+    void AppendExact(std::string& bytes) const;
     void Display(std::ostream& out) const;
 
     std::int64_t SaveBinary(std::ostream& stream) const;

@@ -3,6 +3,7 @@
 #include "featureselect/FSArchives.h"
 #include "featureselect/FSCount.h"
 #include "featureselect/FSDisplay.h"
+#include "featureselect/FSExactBytes.h"
 
 bool FSMapIPCnt::Add(std::int32_t key, double weight) {
     const auto [entry, existed] = FindOrInsert({key, 1, weight});
@@ -21,11 +22,9 @@ bool FSMapIPCnt::Find(std::int32_t key, std::int32_t& count, double& weight) con
     return true;
 }
 
-void FSMapIPCnt::MergeFrom(const FSMapIPCnt& other) {
-    MergeEntries(other.Entries(), [](FSMapIPCntEntry& mine, const FSMapIPCntEntry& theirs) {
-        // Counts of a broken state may not fit; FSPredictorSet merges only what does.
-        mine.fCount = static_cast<std::int32_t>(static_cast<std::uint32_t>(mine.fCount) +
-                                                static_cast<std::uint32_t>(theirs.fCount));
+void FSMapIPCnt::Merge(std::span<const FSMapIPCntEntry> others) {
+    MergeEntries(others, [](FSMapIPCntEntry& mine, const FSMapIPCntEntry& theirs) {
+        FSCountMore(mine.fCount, theirs.fCount);
         mine.fWeight += theirs.fWeight;
     });
 }
@@ -34,10 +33,19 @@ void FSMapIPCnt::Display(std::ostream& out) const {
     FSDisplay::Start(out, "FSMapIPCnt");
     FSDisplay::Line(out, "Map size = ", Size());
     for (const FSMapIPCntEntry& entry : fvEntries) {
-        out << "Key = " << entry.fKey << ", Value = (" << entry.fCount << ", " << entry.fWeight
-            << ")\n";
+        out << "Key = " << entry.fKey << ", Value = (" << entry.fCount << ", "
+            << static_cast<double>(entry.fWeight) << ")\n";
     }
     FSDisplay::End(out, "FSMapIPCnt");
+}
+
+void FSMapIPCnt::AppendExact(std::string& bytes) const {
+    FSExactBytes::Append(bytes, Size());
+    for (const FSMapIPCntEntry& entry : fvEntries) {
+        FSExactBytes::Append(bytes, entry.fKey);
+        FSExactBytes::Append(bytes, entry.fCount);
+        entry.fWeight.Exact().AppendTo(bytes);
+    }
 }
 
 std::int64_t FSMapIPCnt::SaveBinary(std::ostream& stream) const {

@@ -3,14 +3,17 @@
 
 #include <cstdint>
 #include <ostream>
+#include <span>
+#include <string>
 
 #include "featureselect/FSPersistence.h"
 #include "featureselect/FSSortedEntries.h"
+#include "featureselect/FSWeightSum.h"
 
 struct FSMapIPCntEntry {
     std::int32_t fKey = 0;
     std::int32_t fCount = 0;  // unweighted
-    double fWeight = 0;
+    FSWeightSum fWeight;
 
     // The published layout aligns the weight to 8 bytes within count and weight.
     template <class Self, class Archive>
@@ -27,7 +30,10 @@ class FSMapIPCnt : public FSSortedEntries<FSMapIPCntEntry> {
     /// False, and the outputs untouched, for an unknown category.
     bool Find(std::int32_t key, std::int32_t& count, double& weight) const;
     /// Adds the cases of a later partition.
-    void MergeFrom(const FSMapIPCnt& other);
+    void MergeFrom(const FSMapIPCnt& other) { Merge(other.Entries()); }
+    /// Adds weights, ascending by key.
+    void Merge(std::span<const FSMapIPCntEntry> others);
+    void AppendExact(std::string& bytes) const;
     void Display(std::ostream& out) const;
 
     std::int64_t SaveBinary(std::ostream& stream) const;

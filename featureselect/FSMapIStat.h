@@ -3,6 +3,8 @@
 
 #include <cstdint>
 #include <ostream>
+#include <utility>
+#include <vector>
 
 #include "featureselect/FSPersistence.h"
 #include "featureselect/FSSortedEntries.h"
@@ -23,6 +25,10 @@ struct FSMapIStatEntry {
 /// Weight, mean and spread of a continuous variable per category, categories ascending.
 class FSMapIStat : public FSSortedEntries<FSMapIStatEntry> {
  public:
+    FSMapIStat() = default;
+    /// Of these entries, ascending by key.
+    explicit FSMapIStat(std::vector<FSMapIStatEntry> entries) { fvEntries = std::move(entries); }
+
     /// Adds one value by the recurrence of West (1979), CACM 22(9). A weight that is not above 0
     /// changes nothing. True when the category existed.
     bool Add(std::int32_t key, double value, double weight);

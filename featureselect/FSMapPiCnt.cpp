@@ -2,6 +2,7 @@
 
 #include "featureselect/FSArchives.h"
 #include "featureselect/FSDisplay.h"
+#include "featureselect/FSExactBytes.h"
 
 bool FSMapPiCnt::Add(FSCategoryPair key, double weight) {
     const auto [entry, existed] = FindOrInsert({key, weight});
@@ -16,8 +17,8 @@ bool FSMapPiCnt::Find(FSCategoryPair key, double& weight) const {
     return true;
 }
 
-void FSMapPiCnt::MergeFrom(const FSMapPiCnt& other) {
-    MergeEntries(other.Entries(), [](FSMapPiCntEntry& mine, const FSMapPiCntEntry& theirs) {
+void FSMapPiCnt::Merge(std::span<const FSMapPiCntEntry> others) {
+    MergeEntries(others, [](FSMapPiCntEntry& mine, const FSMapPiCntEntry& theirs) {
         mine.fWeight += theirs.fWeight;
     });
 }
@@ -27,9 +28,18 @@ void FSMapPiCnt::Display(std::ostream& out) const {
     FSDisplay::Line(out, "Map size = ", Size());
     for (const FSMapPiCntEntry& entry : fvEntries) {
         out << "Key = (" << entry.fKey.fPredictor << ", " << entry.fKey.fTarget
-            << ") Value = " << entry.fWeight << '\n';
+            << ") Value = " << static_cast<double>(entry.fWeight) << '\n';
     }
     FSDisplay::End(out, "FSMapPiCnt");
+}
+
+void FSMapPiCnt::AppendExact(std::string& bytes) const {
+    FSExactBytes::Append(bytes, Size());
+    for (const FSMapPiCntEntry& entry : fvEntries) {
+        FSExactBytes::Append(bytes, entry.fKey.fPredictor);
+        FSExactBytes::Append(bytes, entry.fKey.fTarget);
+        entry.fWeight.Exact().AppendTo(bytes);
+    }
 }
 
 std::int64_t FSMapPiCnt::SaveBinary(std::ostream& stream) const {

@@ -4,9 +4,12 @@
 #include <compare>
 #include <cstdint>
 #include <ostream>
+#include <span>
+#include <string>
 
 #include "featureselect/FSPersistence.h"
 #include "featureselect/FSSortedEntries.h"
+#include "featureselect/FSWeightSum.h"
 
 /// A cell of a crosstab. Ordered by the predictor's category, then the target's.
 struct FSCategoryPair {
@@ -18,7 +21,7 @@ struct FSCategoryPair {
 
 struct FSMapPiCntEntry {
     FSCategoryPair fKey;
-    double fWeight = 0;
+    FSWeightSum fWeight;
 
     template <class Self, class Archive>
     static void Fields(Self&& self, Archive& archive) {
@@ -35,7 +38,10 @@ class FSMapPiCnt : public FSSortedEntries<FSMapPiCntEntry> {
     /// False, and the output untouched, for an unknown pair.
     bool Find(FSCategoryPair key, double& weight) const;
     /// Adds the cases of a later partition.
-    void MergeFrom(const FSMapPiCnt& other);
+    void MergeFrom(const FSMapPiCnt& other) { Merge(other.Entries()); }
+    /// Adds weights, ascending by key.
+    void Merge(std::span<const FSMapPiCntEntry> others);
+    void AppendExact(std::string& bytes) const;
     void Display(std::ostream& out) const;
 
     std::int64_t SaveBinary(std::ostream& stream) const;

@@ -78,8 +78,8 @@ class FSPredictorSet {
     /// are counted as excluded: with no target there are no valid ones.
     FSStatus AccumulateForScreening(MCCommon::RecordIterator& records, std::int32_t maxRecords);
 
-    /// Adds the cases of a later partition, which other has read under equal settings. Counts are
-    /// exact, moments equal one pass to rounding; partition order counts for the first value of
+    /// Adds the cases of a later partition, which other has read under equal settings. All sums
+    /// are exact, but of a set that was restored; partition order counts for the first value of
     /// each predictor. False, and nothing changed, unless both sets stand between data pass and
     /// FinishDataPass, nothing is deleted, their predictors and targets are of the same kinds, the
     /// input is not transactions, and the summed numbers of records fit 32 bits.
@@ -200,13 +200,14 @@ class FSPredictorSet {
                       const std::vector<std::int32_t>& kinds, const BlockRecords& records,
                       std::size_t first, const FSBlockCases& cases,
                       MCCommon::BlockExecutor* executor);
+    static bool NeedsNumbers(const std::vector<BlockParts>& all, const FSBlockCases& cases);
     static void FeedParts(const std::vector<BlockParts>& all, const FSBlockCases& cases,
                           MCCommon::BlockExecutor* executor);
     void CountBlockRows(const std::vector<BlockParts>& all, const BlockRecords& records,
                         std::size_t first, const FSBlockCases& cases);
-    void AddWeightsInTurn(const BlockRecords& records, std::size_t first,
-                          std::span<const std::uint32_t> empty, const FSBlockCases& cases,
-                          std::vector<FSMapIPCntEntry>& classes);
+    void AddWeights(const BlockRecords& records, std::size_t first,
+                    std::span<const std::uint32_t> empty, const FSBlockCases& cases,
+                    std::vector<FSMapIPCntEntry>& classes);
     void CountValid(double target, double weight);
     void CountExcluded(double weight);
     FSStatus PassResult(std::int16_t severity) const;
@@ -250,8 +251,8 @@ class FSPredictorSet {
     bool fDataPassCompleted = false;
     bool fNoValidData = true;
     bool fNoValidWeight = true;  // stays true without a weight column
-    double fWeightedValid = 0;
-    double fWeightedExcluded = 0;
+    FSWeightSum fWeightedValid;
+    FSWeightSum fWeightedExcluded;
     std::int32_t fUnweightedValid = 0;
     std::int32_t fUnweightedExcluded = 0;
     double fElapsed = 0;  // processor time of all steps so far [seconds]

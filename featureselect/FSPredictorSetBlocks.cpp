@@ -1,6 +1,5 @@
 // The data pass over a source that offers its records in blocks: column by column inside a block.
-// Every accumulator meets the same values in the same order as record by record, so that the state
-// is the same to the bit.
+// Sums are exact, so that the state is the same to the bit as record by record.
 #include <algorithm>
 #include <cstddef>
 #include <limits>
@@ -10,9 +9,9 @@
 
 #include "featureselect/FSAccumKind.h"
 #include "featureselect/FSBlockCases.h"
+#include "featureselect/FSBlockNumbers.h"
 #include "featureselect/FSCellCounts.h"
 #include "featureselect/FSCount.h"
-#include "featureselect/FSMomentLanes.h"
 #include "featureselect/FSPredictorSet.h"
 #include "featureselect/FSRunningStep.h"
 #include "featureselect/FSSettings.h"
@@ -34,11 +33,25 @@ constexpr std::size_t kTableRows = 64;
 constexpr std::size_t kCellsSideBySide = 1 << 16;
 
 // The predictors that one task takes.
-constexpr std::size_t kGroup = FSMomentLanes::kLanes;
+constexpr std::size_t kGroup = 8;
 
 const BlockColumn* ColumnAt(const MCCommon::RecordBlock& block, std::int32_t column) {
     const auto at = static_cast<std::size_t>(column);
     return column >= 0 && at < block.fvColumns.size() ? &block.fvColumns[at] : nullptr;
+}
+
+/// The first row that counts and has a valid value; the number of rows when there is none.
+std::uint32_t FirstValid(const FSBlockPart& part, const FSBlockCases& cases) {
+    const bool categorical = part.fpAccum->IsCategorical();
+    std::uint32_t row = 0;
+    const auto find = [&](const auto& values) {
+        const auto isValid = [&] {
+            return cases.Counts(row) && !FSBlockColumn::IsMissing(values[row], categorical);
+        };
+        while (row < cases.Rows() && !isValid()) ++row;
+    };
+    std::visit(find, part.fColumn.fValues);
+    return row;
 }
 
 /// The rows that count and have no valid value of any predictor, ascending.
@@ -295,7 +308,55 @@ void FSPredictorSet::AddBlockRows(const MCCommon::RecordBlock& block,
             {fvpAccum[predictor].get(), FSBlockColumn::Cut(*column, first, cases.Rows())});
     }
     CountBlockRows(all, records, first, cases);
-    if (cases.fCounted > 0) FeedParts(all, cases, executor);
+    if (cases.fCounted == 0) return;
+    if (cases.Rows() < kTableRows || !NeedsNumbers(all, cases)) {
+        return FeedParts(all, cases, executor);
+    }
+
+    const auto isOf = [&](bool categorical) {
+        return std::any_of(all.begin(), all.end(), [&](const BlockParts& parts) {
+            return parts.fvParts[0].fpAccum->IsCategorical() == categorical;
+        });
+    };
+    const FSBlockNumbers numbers(cases, isOf(true), isOf(false));
+    // Records that no grid holds with the others are left out of the block and follow one by one.
+    FSBlockCases together = cases;
+    together.fpNumbers = &numbers;
+    std::vector<std::uint16_t> classes;
+    if (!numbers.Odd().empty()) {
+        classes.assign(cases.fClasses.begin(), cases.fClasses.end());
+        for (const std::uint32_t row : numbers.Odd()) {
+            classes[row] = static_cast<std::uint16_t>(cases.Classes());
+        }
+        together.fClasses = classes;
+        together.fCounted -= static_cast<std::int32_t>(numbers.Odd().size());
+    }
+    // The first value of a column stays the first one.
+    const std::span<const std::uint32_t> odd = numbers.Odd();
+    std::vector<std::size_t> before;  // of each part
+    for (const BlockParts& parts : all) {
+        if (odd.empty()) break;
+        for (const FSBlockPart& part : parts.fvParts) {
+            const std::uint32_t valid = FirstValid(part, together);
+            const auto end = std::lower_bound(odd.begin(), odd.end(), valid);
+            before.push_back(static_cast<std::size_t>(end - odd.begin()));
+            part.AddRows(cases, odd.first(before.back()));
+        }
+    }
+    FeedParts(all, together, executor);
+    auto done = before.begin();
+    for (const BlockParts& parts : all) {
+        if (odd.empty()) break;
+        for (const FSBlockPart& part : parts.fvParts) part.AddRows(cases, odd.subspan(*done++));
+    }
+}
+
+// Crosstabs of unit weights get by with counts.
+bool FSPredictorSet::NeedsNumbers(const std::vector<BlockParts>& all, const FSBlockCases& cases) {
+    return !cases.fbUnit || cases.fTarget == FSBlockCases::kContinuous ||
+           std::any_of(all.begin(), all.end(), [](const BlockParts& parts) {
+               return !parts.fvParts[0].fpAccum->IsCategorical();
+           });
 }
 
 void FSPredictorSet::FeedParts(const std::vector<BlockParts>& all, const FSBlockCases& cases,
@@ -354,39 +415,33 @@ void FSPredictorSet::CountBlockRows(const std::vector<BlockParts>& all, const Bl
     std::vector<FSMapIPCntEntry> classes;
     std::vector<std::uint32_t> added;  // to each of the classes
     if (fpTargetAccum && cases.fTarget != FSBlockCases::kNone) {
-        classes = fpTargetAccum->EntriesOf(cases.fClassKeys);
+        for (const std::int32_t key : cases.fClassKeys) classes.push_back({key, 0, {}});
         added = FSCellCounts::CountClasses(cases);
         for (const std::uint32_t row : empty) --added[cases.fClasses[row]];
     }
-    const bool exactly =
-        cases.fbUnit && FSCountsExactly(fWeightedValid, used) &&
-        FSCountsExactly(fWeightedExcluded, used) &&
-        std::all_of(classes.begin(), classes.end(), [&](const FSMapIPCntEntry& entry) {
-            return FSCountsExactly(entry.fWeight, used);
-        });
-    if (exactly) {
+    if (cases.fbUnit) {
         fWeightedValid += valid;
         fWeightedExcluded += used - valid;
         for (std::size_t at = 0; at < classes.size(); ++at) classes[at].fWeight += added[at];
     } else {
-        AddWeightsInTurn(records, first, empty, cases, classes);
+        AddWeights(records, first, empty, cases, classes);
     }
     std::size_t kept = 0;
     for (std::size_t at = 0; at < classes.size(); ++at) {
         if (added[at] == 0) continue;
-        FSCountMore(classes[at].fCount, static_cast<std::int32_t>(added[at]));
-        classes[kept++] = classes[at];
+        classes[at].fCount = static_cast<std::int32_t>(added[at]);
+        if (kept != at) classes[kept] = std::move(classes[at]);
+        ++kept;
     }
     classes.resize(kept);
-    if (kept > 0) fpTargetAccum->Replace(classes);
+    if (kept > 0) fpTargetAccum->Merge(classes);
 }
 
-// Record after record, as sums of weights are rounded. empty are the rows without data, classes
-// the target's categories if they are kept.
-void FSPredictorSet::AddWeightsInTurn(const BlockRecords& records, std::size_t first,
-                                      std::span<const std::uint32_t> empty,
-                                      const FSBlockCases& cases,
-                                      std::vector<FSMapIPCntEntry>& classes) {
+// Of weights other than 1. empty are the rows without data, classes the target's categories if they
+// are kept.
+void FSPredictorSet::AddWeights(const BlockRecords& records, std::size_t first,
+                                std::span<const std::uint32_t> empty, const FSBlockCases& cases,
+                                std::vector<FSMapIPCntEntry>& classes) {
     auto nextEmpty = empty.begin();
     for (std::size_t row = 0; row < cases.Rows(); ++row) {
         if (records.fvUse[first + row] == BlockRecords::kDropped) continue;

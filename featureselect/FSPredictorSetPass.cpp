@@ -78,7 +78,7 @@ FSStatus FSPredictorSet::AccumulateRecords(MCCommon::RecordIterator& records,
 FSStatus FSPredictorSet::AccumulateForScreening(MCCommon::RecordIterator& records,
                                                 std::int32_t maxRecords) {
     BeginPass(false);
-    fWeightedValid = fWeightedExcluded = 0;
+    fWeightedValid = fWeightedExcluded = FSWeightSum();
     fUnweightedValid = fUnweightedExcluded = 0;
     if (auto* blocks = dynamic_cast<MCCommon::RecordBlockSource*>(&records)) {
         ReadBlocks(*blocks, maxRecords, false);

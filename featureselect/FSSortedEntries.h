@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <span>
 #include <utility>
 #include <vector>
@@ -35,16 +36,6 @@ class FSSortedEntries {
         }
         return found;
     }
-    /// Whether every weight is above 0, as it is but for a broken saved state.
-    bool HasOnlyWeights() const {
-        return std::all_of(fvEntries.begin(), fvEntries.end(),
-                           [](const Entry& entry) { return entry.fWeight > 0.0; });
-    }
-    /// Puts each of the entries, ascending by key, in the place of the one with its key, or in
-    /// between where there is none.
-    void Replace(std::span<const Entry> entries) {
-        MergeEntries(entries, [](Entry& mine, const Entry& theirs) { mine = theirs; });
-    }
 
  protected:
     /// The entry of a key, or null.
@@ -54,11 +45,12 @@ class FSSortedEntries {
     }
 
     /// The entry of the key and true, or false and the same entry, newly put in its place.
-    std::pair<Entry&, bool> FindOrInsert(const Entry& fresh) {
+    std::pair<Entry&, bool> FindOrInsert(Entry fresh) {
         const std::size_t position = FirstNotBelow(fresh.fKey);
         const bool existed = HoldsAt(position, fresh.fKey);
         if (!existed) {
-            fvEntries.insert(fvEntries.begin() + static_cast<std::ptrdiff_t>(position), fresh);
+            fvEntries.insert(fvEntries.begin() + static_cast<std::ptrdiff_t>(position),
+                             std::move(fresh));
         }
         return {fvEntries[position], existed};
     }
@@ -67,19 +59,28 @@ class FSSortedEntries {
     /// where the key is in both, a copy where it is new.
     template <class Combine>
     void MergeEntries(std::span<const Entry> others, Combine combine) {
-        std::vector<Entry> merged;
-        merged.reserve(fvEntries.size() + others.size());
-        auto mine = fvEntries.begin();
+        std::size_t fresh = 0;
+        std::size_t at = 0;
         for (const Entry& theirs : others) {
-            while (mine != fvEntries.end() && mine->fKey < theirs.fKey) merged.push_back(*mine++);
-            if (mine != fvEntries.end() && mine->fKey == theirs.fKey) {
-                combine(*mine, theirs);
-                merged.push_back(*mine++);
+            while (at < fvEntries.size() && fvEntries[at].fKey < theirs.fKey) ++at;
+            if (at < fvEntries.size() && fvEntries[at].fKey == theirs.fKey) {
+                combine(fvEntries[at], theirs);
             } else {
-                merged.push_back(theirs);
+                ++fresh;
             }
         }
-        merged.insert(merged.end(), mine, fvEntries.end());
+        if (fresh == 0) return;
+        std::vector<Entry> merged;
+        merged.reserve(fvEntries.size() + fresh);
+        auto mine = fvEntries.begin();
+        for (const Entry& theirs : others) {
+            while (mine != fvEntries.end() && mine->fKey < theirs.fKey) {
+                merged.push_back(std::move(*mine++));
+            }
+            const bool exists = mine != fvEntries.end() && mine->fKey == theirs.fKey;
+            if (!exists) merged.push_back(theirs);
+        }
+        std::move(mine, fvEntries.end(), std::back_inserter(merged));
         fvEntries = std::move(merged);
     }
 

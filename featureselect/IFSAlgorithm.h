@@ -121,7 +121,8 @@ class IFSAlgorithm {
     virtual void Display(std::ostream& out) const = 0;
 
     /// Adds the cases of a later partition, which other has read under equal settings; between
-    /// AccumulateData and the next step. Counts are exact, moments equal one pass to rounding.
+    /// AccumulateData and the next step. The result is that of one pass over both, to the bit, but
+    /// for what was restored: saved are rounded numbers.
     /// 80014, and nothing changed, when the two don't fit or are past that point.
     virtual FSStatus MergeFrom(const IFSAlgorithm& other) = 0;
 };

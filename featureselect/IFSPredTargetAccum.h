@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <ostream>
+#include <string>
 #include <vector>
 
 #include "featureselect/FSPersistence.h"
@@ -20,8 +21,9 @@ class FSSettings;
 /// missing value, or a categorical one whose code is -1, goes to AddMissing. A weight that is not
 /// above 0, a NaN included, changes nothing. One thread.
 ///
-/// The classes also have MergeFrom(other), which adds the cases of a later partition: counts
-/// exactly, moments to rounding. It belongs before FinishData.
+/// The classes also have MergeFrom(other), which adds the cases of a later partition, exactly. It
+/// belongs before FinishData. What was restored is exact only from then on: saved are rounded
+/// numbers.
 class IFSPredTargetAccum {
  public:
     virtual ~IFSPredTargetAccum() = default;
@@ -73,6 +75,10 @@ class IFSPredTargetAccum {
     /// A criterion with all that belongs to it; ComputeCriterion hands out five numbers of this.
     /// All missing for a criterion that the class does not have.
     virtual FSTestResult Test(std::int32_t criterion) const = 0;
+    /// Appends all that was gathered of the records, exactly: the same bytes for one set of records
+    /// in any order, however it was cut into parts and merged. Has the lowest and the highest value
+    /// or category instead of the first one.
+    virtual void AppendExact(std::string& bytes) const = 0;
 
  protected:
     template <class... Outputs>
