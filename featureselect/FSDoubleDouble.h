@@ -50,6 +50,18 @@ class FSDoubleDouble {
         const double third = (rest - b * second).fHigh / b.fHigh;
         return Normalised(first, second) + third;
     }
+    /// Exact as long as both parts stay in the range of doubles.
+    FSDoubleDouble TimesPowerOfTwo(int power) const {
+        return {std::ldexp(fHigh, power), std::ldexp(fLow, power)};
+    }
+    /// Of a number above 0, by one step of Newton's method (Karp & Markstein 1997).
+    FSDoubleDouble SquareRoot() const {
+        const double root = std::sqrt(fHigh);
+        const FSDoubleDouble rest = *this - ExactProduct(root, root);
+        return ExactSum(root, rest.fHigh / (2.0 * root));
+    }
+    /// high + low as they are. REQUIRES: high is the sum rounded to a double.
+    static FSDoubleDouble OfParts(double high, double low) { return {high, low}; }
 
  private:
     FSDoubleDouble(double high, double low) : fHigh(high), fLow(low) {}
