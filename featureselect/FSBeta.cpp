@@ -19,6 +19,7 @@ namespace {
 constexpr double kTolerance = 1e-15;
 constexpr int kMaxSteps = 10'000;
 constexpr double kLeastShare = 0x1p-700;     // a smaller one is held by its logarithm
+constexpr double kMaxLeastShareB = 0x1p600;  // (1 - x)^b is 1 there
 constexpr double kLowestExponent = -1021.0;  // exp of anything lower counts as 0
 
 // An x with its complement y = 1 - x, both exact to about 31 digits.
@@ -213,7 +214,7 @@ FSTail BetaTailOfRatio(const FSDoubleDouble& part, const FSDoubleDouble& rest, d
         logRatio = -logRatio;
     }
     double shift = 0.0;
-    if (share.x.High() < kLeastShare) {
+    if (share.x.High() < kLeastShare && b < kMaxLeastShareB) {
         // Down here the function is proportional to x^a, and x to the ratio.
         shift = a * (logRatio - std::log(kLeastShare));
         share = {kLeastShare, 1.0};

@@ -23,7 +23,9 @@ double FSDecayIntegral(const Fall& fall, double slope, double curvature) {
     const double scale = 2.0 / (slope + std::hypot(slope, std::sqrt(2.0 * curvature)));
     double sum = 0.0;
     const auto addTerms = [&](double first, double step) {
-        for (double t = first; t < kLast; t += step) {
+        const int count = static_cast<int>((kLast - first) / step);
+        for (int i = 0; i < count; ++i) {
+            const double t = first + i * step;
             const double shrink = std::exp(-t);
             const double v = std::exp(t - shrink);
             const double term = std::exp(-fall(scale * v)) * v * (1.0 + shrink);
