@@ -19,7 +19,7 @@ class NBayesInputBase;
 /// Sorts numbers into bins. Bin k holds the values above cutpoint k-1 up to and including cutpoint
 /// k; the outermost bins are open, so no value is refused. Where cutpoints coincide, the bins
 /// between them hold nothing: a value on them belongs to the lowest.
-class NBBinningEncoder : public INBEncoder {
+class NBBinningEncoder final : public INBEncoder {
  public:
     /// No bins.
     NBBinningEncoder() = default;
