@@ -1,8 +1,11 @@
 """What must not change a report, or change it in one way only."""
 
 import csv
+import math
 import random
 
+import pyarrow
+import pyarrow.parquet
 import pytest
 from reading import summary
 
@@ -91,3 +94,127 @@ def test_every_form_of_the_report_shows_the_same_texts(program, root, tmp_path):
     for cell in cells:
         assert cell in shown
         assert f">{cell.replace('<', '&lt;')}<" in html
+
+
+# --- Random tables: bytes of the JSON report ---
+
+SHAPES = {
+    "factors of classes": ("N", True, False),
+    "covariates of classes": ("N", False, True),
+    "both of classes": ("N", True, True),
+    "factors of a number": ("S", True, False),
+    "covariates of a number": ("S", False, True),
+    "both of a number": ("S", True, True),
+}
+TABLES_PER_SHAPE = 6
+ORDERS_PER_TABLE = 9
+
+
+def numbers(rows, draw):
+    """A column of numbers: plain, far from 0, with a drift, of any size, whole, of few decimals."""
+    kind = draw.randrange(8)
+    z = [draw.gauss(0, 1) for _ in range(rows)]
+    return {
+        0: z,
+        1: [1e7 + v for v in z],
+        2: [v - 1e12 for v in z],
+        3: [v + 0.05 * row for row, v in enumerate(z)],
+        4: [math.ldexp(v, draw.randrange(-300, 300)) for v in z],
+        5: [math.ldexp(v, 980) for v in z],
+        6: [float(round(2 * v)) for v in z],
+        7: [round(v, 1) for v in z],
+    }[kind]
+
+
+def categories(rows, draw):
+    levels = draw.choice([2, 3, 3, 7, rows // 3])
+    drifts = draw.random() < 0.3
+    codes = [row * levels // rows if drifts else draw.randrange(levels) for row in range(rows)]
+    return [f"c{code}" for code in codes]
+
+
+def random_table(shape, draw):
+    """Columns of a table with holes, and the command on it. A target has no holes in every second."""
+    level, by, with_ = SHAPES[shape]
+    rows = draw.choice([10, 30, 60, 120])
+    columns = {"y": categories(rows, draw) if level == "N" else numbers(rows, draw)}
+    columns |= {f"f{at}": categories(rows, draw) for at in range(4 if by else 0)}
+    columns |= {f"x{at}": numbers(rows, draw) for at in range(5 if with_ else 0)}
+    for name, values in columns.items():
+        share = draw.choice([0, 0, 0.1, 0.6])
+        columns[name] = [None if draw.random() < share else value for value in values]
+    kind = draw.randrange(3)
+    if kind:
+        times = [0, 1, 2, 3] if kind == 1 else [0.1, 0.4, 0.75, 1.5, 2.7]
+        columns["w"] = [float(draw.choice(times)) for _ in range(rows)]
+    lists = (" BY f0..f3" if by else "") + (" WITH x0..x4" if with_ else "")
+    command = f"SELECTPRED y (MLEVEL={level}){lists} /CRITERIA SHOWUNSELECTED=9"
+    if level == "N" and by:
+        command += " /PRINT SUMMARY(PEARSONCHISQ LRCHISQ CRAMERSV LAMBDA)"
+    return columns, command
+
+
+def written(folder, columns, order, form="csv"):
+    """A file of one name, whatever its order, so that a report that named it would be the same."""
+    folder.mkdir(exist_ok=True)
+    columns = {name: [values[row] for row in order] for name, values in columns.items()}
+    path = folder / f"data.{form}"
+    if form == "parquet":
+        pyarrow.parquet.write_table(pyarrow.table(columns), path)
+        return path
+    body = [["" if cell is None else cell for cell in row] for row in zip(*columns.values())]
+    return write(path, list(columns), body)
+
+
+def report_bytes(program, path, command, columns, threads=None):
+    options = ["--weight", "w"] if "w" in columns else []
+    options += ["--threads", threads] if threads else []
+    done = program.run("run", "-q", "-c", command, "--data", path.name, "--json", "-", *options, cwd=path.parent)
+    # A table that leaves no predictor or has no valid case fails in the same way in any order.
+    return done.status, done.out
+
+
+def same(found, expected, *trial):
+    """Statuses and reports, with the first line that differs."""
+    if found == expected:
+        return
+    lines = zip(found[1].decode().splitlines(), expected[1].decode().splitlines())
+    differing = next((pair for pair in lines if pair[0] != pair[1]), "the ends differ")
+    pytest.fail(f"{trial}: statuses {found[0]} and {expected[0]}, {differing}")
+
+
+@pytest.mark.parametrize("shape", SHAPES)
+def test_no_order_threads_or_form_of_a_random_table_shows(shape, program, tmp_path):
+    draw = random.Random(f"{shape} 20260503")
+    ranked = 0
+    for number in range(TABLES_PER_SHAPE):
+        columns, command = random_table(shape, draw)
+        order = list(range(len(columns["y"])))
+        first = written(tmp_path / "first", columns, order)
+        expected = report_bytes(program, first, command, columns)
+        ranked += b'"PredictorSummary"' in expected[1]
+        for threads in (1, 2, 4):
+            same(report_bytes(program, first, command, columns, threads), expected, number, threads)
+        parquet = written(tmp_path / "parquet", columns, order, "parquet")
+        same(report_bytes(program, parquet, command, columns), expected, number, "parquet")
+        for again in range(ORDERS_PER_TABLE):
+            draw.shuffle(order)
+            other = written(tmp_path / f"order{again}", columns, order, ["csv", "parquet"][again % 2])
+            threads = [None, 1, 2, 4][again % 4]
+            same(report_bytes(program, other, command, columns, threads), expected, number, again)
+    assert ranked > TABLES_PER_SHAPE / 2
+
+
+def test_no_order_or_threads_of_a_classifier_show(program, tmp_path):
+    """All cases train it: which ones would be drawn for that depends on their places."""
+    draw = random.Random(20260504)
+    for number in range(8):
+        columns, command = random_table("both of classes", draw)
+        command = "NAIVEBAYES y BY f0..f3 WITH x0..x4 /CRITERIA TIMER=0"
+        order = list(range(len(columns["y"])))
+        expected = report_bytes(program, written(tmp_path / "first", columns, order), command, columns)
+        assert expected[1]
+        for threads in (1, 2):
+            draw.shuffle(order)
+            other = written(tmp_path / f"order{threads}", columns, order)
+            same(report_bytes(program, other, command, columns, threads), expected, number, threads)
