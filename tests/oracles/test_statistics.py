@@ -6,9 +6,8 @@ do every p-value, however small, and its logarithm, which is that of ball arithm
 at SciPy's statistic.
 """
 
-import math
-
 import json
+import math
 
 import jsonschema
 import numpy
