@@ -118,18 +118,25 @@ double FSCrosstab::LikelihoodRatio() const {
     return Unscaled(sum.Total() / fTotal * 2.0);
 }
 
+// L - M, row by row: what the largest cell of a row has beyond the one in the largest column.
 std::optional<double> FSCrosstab::Lambda() const {
+    std::size_t mode = 0;
+    for (std::size_t column = 1; column < fvColumns.size(); ++column) {
+        if ((fvColumns[column] - fvColumns[mode]).High() > 0.0) mode = column;
+    }
+    if (fvColumns.empty()) return std::nullopt;
+    const FSDoubleDouble wrong = fTotal - fvColumns[mode];
+    if (!(wrong.High() > 0.0)) return std::nullopt;
     std::vector<double> largest(fvRows.size());
+    std::vector<double> guessed(fvRows.size());
     for (const Cell& cell : fvCells) {
         largest[cell.fRow] = std::max(largest[cell.fRow], cell.fWeight);
+        if (cell.fColumn == mode) guessed[cell.fRow] = cell.fWeight;
     }
-    FSOrderFreeSum known;
-    for (const double weight : largest) known.Add(weight);
-    FSDoubleDouble mode;
-    for (const FSDoubleDouble& column : fvColumns) {
-        if ((column - mode).High() > 0.0) mode = column;
+    FSOrderFreeSum gain;
+    gain.Reserve(fvRows.size());
+    for (std::size_t row = 0; row < fvRows.size(); ++row) {
+        gain.Add(FSDoubleDouble::ExactSum(largest[row], -guessed[row]));
     }
-    const FSDoubleDouble wrong = fTotal - mode;
-    if (!(wrong.High() > 0.0)) return std::nullopt;
-    return ((known.Total() - mode) / wrong).High();
+    return (gain.Total() / wrong).High();
 }

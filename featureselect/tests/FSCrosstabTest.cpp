@@ -169,6 +169,14 @@ TEST(FSCrosstab, PerfectAssociationIsOneExactly) {
     }
 }
 
+TEST(FSCrosstab, RowsThatAllHaveTheirMostInOneColumnTellNothingExactly) {
+    std::mt19937 generator(testsupport::RandomSeed());
+    std::uniform_real_distribution<double> draw(0.0, 1.0);
+    Rows rows(40, std::vector<double>(3));
+    for (auto& row : rows) row = {draw(generator), 1.0 + draw(generator), draw(generator)};
+    EXPECT_EQ(MeasuresOf(rows).fLambda, 0.0);
+}
+
 TEST(FSCrosstab, NoProductLeavesTheRangeOfDoubles) {
     // Chi-squares grow with the weights, the others don't.
     const Measures small = MeasuresOf({{10, 20}, {30, 40}});
