@@ -47,7 +47,7 @@ def cells_of(path, table):
 
 
 def screened(path):
-    """{predictor: (statistic, df1, df2, p)} of a report."""
+    """{predictor: (statistics, df1, df2, p)} of a report; a correlation has two: its t and itself."""
     fields = {}
     for (row, statistics, *_), value in (
         (keys, value)
@@ -56,7 +56,12 @@ def screened(path):
     ):
         fields.setdefault(row[-1], {})[statistics[-1]] = value
     return {
-        name: (cell["Value"], cell.get("df", cell.get("df1")), cell.get("df2", 0), cell["Unadjusted Sig."])
+        name: (
+            (cell["t"], cell["Value"]) if "t" in cell else (cell["Value"],),
+            cell.get("df", cell.get("df1")),
+            cell.get("df2", 0),
+            cell["Unadjusted Sig."],
+        )
         for name, cell in fields.items()
     }
 
@@ -64,7 +69,12 @@ def screened(path):
 def screened_by_peer(path):
     with open(path) as file:
         return {
-            row["predictor"]: (float(row["statistic"]), int(row["df1"]), int(row["df2"]), float(row["p"]))
+            row["predictor"]: (
+                tuple(float(row[name]) for name in ("statistic", "correlation") if row[name]),
+                int(row["df1"]),
+                int(row["df2"]),
+                float(row["p"]),
+            )
             for row in csv.DictReader(file)
         }
 
@@ -74,17 +84,20 @@ def compare_screening(ours, theirs, rounding=None):
     if ours.keys() != theirs.keys():
         raise Disagreement(f"predictors of one side alone: {sorted(ours.keys() ^ theirs.keys())[:5]}")
     worst = 0.0
-    for name, (statistic, df1, df2, p) in ours.items():
-        their_statistic, their_df1, their_df2, their_p = theirs[name]
+    for name, (statistics, df1, df2, p) in ours.items():
+        their_statistics, their_df1, their_df2, their_p = theirs[name]
         if (df1, df2) != (their_df1, their_df2):
             raise Disagreement(f"{name}: degrees of freedom {df1}, {df2} and {their_df1}, {their_df2}")
         allowed = max(STATISTIC * 1e-2, rounding.get(name, 0.0) if rounding else 0.0)
-        if not near(statistic, their_statistic, STATISTIC, allowed):
-            raise Disagreement(f"{name}: statistic {statistic} and {their_statistic}")
+        if len(statistics) != len(their_statistics):
+            raise Disagreement(f"{name}: statistics {statistics} and {their_statistics}")
+        for statistic, their_statistic in zip(statistics, their_statistics):
+            if not near(statistic, their_statistic, STATISTIC, allowed):
+                raise Disagreement(f"{name}: statistic {statistic} and {their_statistic}")
+            worst = max(worst, abs(statistic - their_statistic) / max(abs(their_statistic), 1e-2))
         # No density of the statistics is above 1 there, so p is off by no more.
         if not near(p, their_p, P_RELATIVE, max(P_ABSOLUTE, allowed if rounding else 0.0)):
             raise Disagreement(f"{name}: p {p} and {their_p}")
-        worst = max(worst, abs(statistic - their_statistic) / max(abs(their_statistic), 1e-2))
     return f"{len(ours)} predictors, statistics within {worst:.0e}"
 
 

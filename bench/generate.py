@@ -9,6 +9,8 @@ predictors, strongly or weakly:
     x0000 ...   scale, doubles of four decimals; one in four is log-normal
     b0000 ...   a number cut into ten intervals: 0 to 9
 
+W7 is W1 with a number as target: the class, which is not in it, moves its mean.
+
     python bench/generate.py W1 --directory DATA [--scale 0.01]
     python bench/generate.py --name T --rows 50000 --factors 10 --covariates 5 --directory DATA
 """
@@ -26,6 +28,7 @@ import pyarrow.parquet
 SEED = 1_618_033
 CLASSES = ("high", "low", "mid")
 PRIORS = (0.2, 0.5, 0.3)
+CLASS_MEANS = (12.0, -8.0, 3.0)  # of a target that is a number, about its middle
 WORDS = (
     "amber", "birch", "cedar", "delta", "east", "fern", "gold", "hazel", "iris", "jade",
     "kelp", "lime", "moss", "north", "oak", "pine", "quartz", "rust", "south", "teal",
@@ -41,6 +44,7 @@ class Shape:
     binned: int = 0
     levels: int = 20
     missing: float = 0.02
+    number: bool = False  # the target is one, not the class
 
     def scaled(self, scale: float) -> "Shape":
         """A smaller table of the same kind: fewer rows, and where columns abound fewer of both."""
@@ -60,6 +64,7 @@ SHAPES = {
     "W2": Shape(10_000_000, 12, 8),
     "W3": Shape(10_000, 6_000, 4_000),
     "W4": Shape(200_000, 60, 0, 40, levels=10),
+    "W7": Shape(1_000_000, 60, 40, number=True),
 }
 
 
@@ -153,7 +158,7 @@ def columns_of(shape: Shape):
 def block_of(columns, shape: Shape, block: int, rows: int) -> pyarrow.Table:
     random = numpy.random.default_rng([SEED, 1, block])
     y = numpy.searchsorted(numpy.cumsum(PRIORS)[:-1], random.random(rows), side="right")
-    arrays = [pyarrow.DictionaryArray.from_arrays(y.astype(numpy.int8), pyarrow.array(CLASSES)).cast(pyarrow.string())]
+    arrays = [target_of(y, shape, block)]
     codes_of = {}
     for j, column in enumerate(columns):
         random = numpy.random.default_rng([SEED, 2, block, j])
@@ -162,16 +167,25 @@ def block_of(columns, shape: Shape, block: int, rows: int) -> pyarrow.Table:
         if isinstance(column, Factor):
             codes_of[j] = (values, column.levels)
         arrays.append(column.array(values, missing))
-    return pyarrow.Table.from_arrays(arrays, schema=schema_of(columns))
+    return pyarrow.Table.from_arrays(arrays, schema=schema_of(columns, shape))
 
 
-def schema_of(columns):
-    return pyarrow.schema([("y", pyarrow.string())] + [(c.name, c.type) for c in columns])
+def target_of(y, shape: Shape, block: int):
+    if not shape.number:
+        indices = pyarrow.array(y.astype(numpy.int8))
+        return pyarrow.DictionaryArray.from_arrays(indices, pyarrow.array(CLASSES)).cast(pyarrow.string())
+    random = numpy.random.default_rng([SEED, 3, block])
+    return pyarrow.array(numpy.round(100 + numpy.array(CLASS_MEANS)[y] + 10 * random.standard_normal(len(y)), 4))
+
+
+def schema_of(columns, shape: Shape):
+    target = pyarrow.float64() if shape.number else pyarrow.string()
+    return pyarrow.schema([("y", target)] + [(c.name, c.type) for c in columns])
 
 
 def write(shape: Shape, csv: Path, parquet: Path):
     columns = columns_of(shape)
-    schema = schema_of(columns)
+    schema = schema_of(columns, shape)
     options = pyarrow.csv.WriteOptions(quoting_style="none", quoting_header="none")
     with (
         pyarrow.parquet.ParquetWriter(parquet, schema, compression="snappy") as to_parquet,

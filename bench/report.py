@@ -64,6 +64,13 @@ def noise_of(section):
     return f"other processes took {100 * statistics.median(others):.0f} % of the processors, at most {100 * max(others):.0f} %"
 
 
+def ratio_line(ratio):
+    return (
+        f"{ratio['name']} to the other build: time {ratio['wall']:.3f} (rounds {ratio['lowest']:.3f} to "
+        f"{ratio['highest']:.3f}), processor time {ratio['processor']:.3f}, peak memory {ratio['peak']:.3f}."
+    )
+
+
 def plain_table(rows):
     widths = [max(len(row[i]) for row in rows) for i in range(len(rows[0]))]
     lines = []
@@ -84,10 +91,13 @@ def render(results, table, heading):
         f"{results['version']}; {machine['processor']}, {machine['processors']} processors, "
         f"{machine['memory'] / 2**30:.0f} GiB; two threads each; scale {results['scale']:g}, rounds: {results['runs']}"
     ]
+    if "against" in results:
+        lines.append(f"The other build: {results['against']}.")
     for section in results["sections"]:
         lines += ["", heading(f"{section['workload']}, {section['data']}"), ""]
         lines += table([HEADINGS, *rows_of(section)])
         lines += ["", f"Noise: {noise_of(section)}."]
+        lines += [ratio_line(ratio) for ratio in section.get("against", [])]
         for name, value in section.get("nanoseconds", {}).items():
             lines.append(f"A cell (record, candidate, class), {name}: {value:.2f} ns.")
     bars = list(bars_of(results))

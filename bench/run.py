@@ -8,6 +8,7 @@ one disagrees, or a command fails, the exit status is 1.
     ./dev bench                       all workloads, five rounds
     ./dev bench W1 W4 --runs 3
     ./dev bench --scale 0.01          small tables, for a look at the benchmark itself
+    ./dev bench W1 --against OTHER    beside another build of the program, to see what a change did
 """
 
 import argparse
@@ -26,7 +27,7 @@ from report import text
 
 ROOT = Path(__file__).resolve().parents[1]
 BENCH = ROOT / "bench"
-WORKLOADS = ("W1", "W2", "W3", "W4", "W5", "W6")
+WORKLOADS = ("W1", "W2", "W3", "W4", "W5", "W6", "W7")
 TABLE_OF = {"W5": "W1"}  # a workload without a table of its own
 PEERS = ("numpy", "duckdb", "polars", "numba", "scikit-learn")
 THREADS = 2
@@ -47,13 +48,17 @@ LOW_MEMORY, LOW_MEMORY_PEAK = "256M", 512e6
 SEARCH_TO_PEER = {"numpy": 1 / 8, "numba": 1 / 8, "scikit-learn": 1 / 100}
 SCORING_TO_PEER = {"numpy": 1.0, "scikit-learn": 0.25}
 START_UP_RUNS, START_UP_SECONDS = 20, 0.060
+FEWEST_RUNS_AGAINST = 3  # a ratio of single runs says little
 
+# Like the peers, a statistic of every predictor, whatever the screening rules say of it.
+EVERY_PREDICTOR = ("--screening", "off", "--show-unselected", 1_000_000, "--quiet")
 SCREENING_FORMS = {
     "numpy": ("",),
     "duckdb": ("hist", "sets"),
     "polars": ("lazy", "onepass", "eager", "stream"),
     "scikit-learn": ("",),
 }
+NUMERIC_FORMS = {"numpy": ("",), "duckdb": ("",), "polars": ("",)}
 # Thousands of grouping sets in one statement don't come to an end.
 WIDE_FORMS = SCREENING_FORMS | {"duckdb": ("hist", "each")}
 SEARCH_FORMS = {"numpy": ("",), "numba": ("logs", "products"), "scikit-learn": ("",)}
@@ -68,7 +73,7 @@ class Disagreement(Exception):
 @dataclass
 class Command:
     name: str
-    kind: str  # program, peer, floor, imports, aside
+    kind: str  # program, against (another build of it), peer, floor, imports, aside
     words: list
     result: Path | None = None
     peer: str = ""  # the library that is measured
@@ -139,12 +144,39 @@ class Bench:
             return []
         return [Command("floor", "floor", [self.given.floors / program, *words])]
 
+    def twins(self, commands):
+        """[(command of the program, the same of the other build, which writes files of its own)]"""
+        if self.given.against is None:
+            return []
+        own = [c for c in commands if c.words[0] == self.given.program]
+        return [
+            (c, Command(f"{c.name}, other build", "against",
+                        [self.given.against, *map(self.twin_path, c.words[1:])], self.twin_path(c.result)))
+            for c in own
+        ]  # fmt: skip
+
+    def twin_path(self, word):
+        is_output = isinstance(word, Path) and word.parent == self.work
+        return word.with_name(f"other-build.{word.name}") if is_output else word
+
+    def add_ratios(self, section, twins):
+        """What the program takes of the other build's time: ratios of medians, and of single rounds."""
+        section["against"] = []
+        for command, other in twins:
+            pairs = [(a.wall, b.wall) for a, b in zip(command.measurements, other.measurements)]
+            rounds = [a / b for a, b in pairs]
+            section["against"].append(
+                {"name": command.name, "lowest": min(rounds), "highest": max(rounds)}
+                | {of: command.median(of) / other.median(of) for of in ("wall", "processor", "peak")}
+            )  # fmt: skip
+
     # Measuring.
 
     def alternate(self, workload, kind, commands, runs=None):
         """Rounds of all commands; then one section of the results."""
+        twins = self.twins(commands)
         for round_number in range((runs or self.given.runs) + 1):
-            for command in commands:
+            for command in self.order_of(commands, twins, round_number):
                 if command.finished:
                     continue
                 label = f"{workload}.{kind}.{command.name}".replace(" ", ".").replace(":", "")
@@ -166,13 +198,22 @@ class Bench:
                             command.measurements.clear()
             print(f"{workload} {kind}: {'warm-up' if round_number == 0 else f'round {round_number}'}", flush=True)
         section = {"workload": workload, "data": kind, "commands": [], "bars": [], "agreement": []}
-        for command in commands:
+        if twins:
+            self.add_ratios(section, twins)
+        for command in self.order_of(commands, twins, 0):
             section["commands"].append(
                 {"name": command.name, "kind": command.kind, "peer": command.peer,
                  "measurements": [asdict(m) for m in command.measurements]}
             )  # fmt: skip
         self.sections.append(section)
         return section
+
+    def order_of(self, commands, twins, round_number):
+        """The other build beside the program: behind it in one round, before it in the next."""
+        others = {id(command): other for command, other in twins}
+        for command in commands:
+            pair = [command, others[id(command)]] if id(command) in others else [command]
+            yield from pair if round_number % 2 == 0 else reversed(pair)
 
     def check(self, section, what, own, commands, *more):
         """Holds the peers' results against the program's; what differs is told and remembered."""
@@ -218,11 +259,7 @@ class Bench:
             own = self.work / "screen.json"
             select = ["select", "--data", data, "--target", "y", "--threads", THREADS]
             commands = [
-                # Like the peers, a statistic of every predictor, whatever the screening rules say of it.
-                self.program(
-                    "predselect",
-                    [*select, "--screening", "off", "--show-unselected", 1_000_000, "--quiet", "--json", own], own,
-                ),
+                self.program("predselect", [*select, *EVERY_PREDICTOR, "--json", own], own),
                 *self.peers("screen", WIDE_FORMS if workload == "W3" else SCREENING_FORMS, data, "csv"),
                 *self.floors("ParquetFloor" if kind == "parquet" else "CsvFloor", data, THREADS),
             ]  # fmt: skip
@@ -239,6 +276,19 @@ class Bench:
                          TO_DECODED_COLUMNS)  # fmt: skip
             if (workload, kind) == ("W2", "csv"):
                 self.low_memory(section, select)
+
+    def numeric(self, workload):
+        for kind in ("parquet", "csv"):
+            data = self.data / f"{workload}.{kind}"
+            self.warm(data)
+            own = self.work / "numeric.json"
+            words = ["select", "--data", data, "--target", "y", "--threads", THREADS, *EVERY_PREDICTOR, "--json", own]
+            commands = [
+                self.program("predselect", words, own),
+                *self.peers("numeric", NUMERIC_FORMS, data, "csv"),
+            ]
+            section = self.alternate(workload, kind, commands)
+            self.check(section, "screen", own, commands)
 
     def low_memory(self, section, select):
         """The same report from little memory."""
@@ -319,7 +369,7 @@ class Bench:
 
     def run(self):
         """True if all results agree."""
-        tasks = {"W4": self.search, "W5": self.scoring, "W6": self.start_up}
+        tasks = {"W4": self.search, "W5": self.scoring, "W6": self.start_up, "W7": self.numeric}
         for workload in self.given.workloads:
             try:
                 if workload != "W6":
@@ -349,6 +399,10 @@ def use_processors(count):
         os.sched_setaffinity(0, allowed[:count])
 
 
+def version_of(program):
+    return subprocess.check_output([program, "--version"], text=True).strip()
+
+
 def parse(arguments):
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("workloads", nargs="*", metavar="WORKLOAD", help=f"of {', '.join(WORKLOADS)}; default: all")
@@ -356,6 +410,8 @@ def parse(arguments):
     parser.add_argument("--scale", type=float, default=1.0, help="size of the tables")
     parser.add_argument("--peers", default=",".join(PEERS), help=f"of {','.join(PEERS)}; default: all")
     parser.add_argument("--program", type=Path, default=ROOT / "build" / "bin" / "predselect")
+    parser.add_argument("--against", type=Path, metavar="PROGRAM",
+                        help="another build, whose runs alternate with the program's")
     parser.add_argument("--floors", type=Path, help="folder of the lower bounds; without it there are none")
     parser.add_argument("--data", type=Path, help="folder of the tables; default: OUTPUT/data, made when missing")
     parser.add_argument("--output", type=Path, default=ROOT / "build" / "bench")
@@ -367,6 +423,11 @@ def parse(arguments):
             parser.error(f"{', '.join(sorted(unknown))} is none of {', '.join(known)}")
     if given.runs < 1 or given.scale <= 0:
         parser.error("--runs and --scale are above zero")
+    if given.against and given.runs < FEWEST_RUNS_AGAINST:
+        parser.error(f"--against takes at least {FEWEST_RUNS_AGAINST} runs")
+    for program in filter(None, (given.program, given.against)):
+        if not shutil.which(program):
+            parser.error(f"there is no program {program}")
     return given
 
 
@@ -375,9 +436,10 @@ def main(arguments=None):
     use_processors(THREADS)
     bench = Bench(given)
     agreed = bench.run()
-    version = subprocess.check_output([given.program, "--version"], text=True).strip()
-    results = {"machine": machine(), "version": version, "scale": given.scale, "runs": given.runs, "agreed": agreed,
+    results = {"machine": machine(), "version": version_of(given.program), "scale": given.scale, "runs": given.runs, "agreed": agreed,
                "sections": bench.sections}  # fmt: skip
+    if given.against:
+        results["against"] = version_of(given.against)
     part = given.output / "results.json.part"
     part.write_text(json.dumps(results, indent=1) + "\n")
     part.rename(given.output / "results.json")

@@ -195,6 +195,11 @@ bool FSAlgorithm::GetPredictorCriterion(std::int32_t criterion, std::int32_t pre
     return fPredictorSet.GetPredictorCriterion(criterion, predictor, first, second, third, fourth);
 }
 
+bool FSAlgorithm::GetPredictorLogP(std::int32_t criterion, std::int32_t predictor,
+                                   double& logP) const {
+    return fPredictorSet.GetPredictorLogP(criterion, predictor, logP);
+}
+
 void FSAlgorithm::SetProgressListener(ProgressListener* listener) {
     fpSettings->SetProgressListener(listener);
 }

@@ -44,9 +44,9 @@ class FSAlgorithm : public IFSAlgorithm {
     FSStatus ScreenOnly(MCCommon::RecordIterator& records, std::vector<std::int32_t>& indices,
                         std::vector<std::vector<std::int32_t>>& reasons,
                         std::int32_t maxRecords) override;
+    FSStatus WriteOutputOne(std::ostream& stream, std::int32_t criterion, std::int32_t n) override;
     bool GetPredictorCriterion(std::int32_t criterion, std::int32_t predictor, double& first,
                                double& second, double& third, double& fourth) const override;
-    FSStatus WriteOutputOne(std::ostream& stream, std::int32_t criterion, std::int32_t n) override;
     FSStatus WriteOutputAll(std::ostream& stream) override;
     FSStatus SaveBinary(std::ostream& stream) override;
     FSStatus SaveXML(std::ostream& stream) override;
@@ -64,6 +64,8 @@ class FSAlgorithm : public IFSAlgorithm {
     void Display(std::ostream& out) const override;
 
     FSStatus MergeFrom(const IFSAlgorithm& other) override;
+    bool GetPredictorLogP(std::int32_t criterion, std::int32_t predictor,
+                          double& logP) const override;
 
     static constexpr Persistence::SavedClass kSaved{
         .fTag = "FSAlgorithm 1.00",

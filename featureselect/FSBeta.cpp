@@ -1,11 +1,13 @@
 #include "featureselect/FSBeta.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <numbers>
 #include <optional>
 #include <utility>
 
+#include "featureselect/FSDecayIntegral.h"
 #include "featureselect/FSGamma.h"
 #include "featureselect/FSNormal.h"
 #include "featureselect/FSNumericError.h"
@@ -16,6 +18,8 @@ namespace {
 
 constexpr double kTolerance = 1e-15;
 constexpr int kMaxSteps = 10'000;
+constexpr double kLeastShare = 0x1p-700;     // a smaller one is held by its logarithm
+constexpr double kMaxLeastShareB = 0x1p600;  // (1 - x)^b is 1 there
 constexpr double kLowestExponent = -1021.0;  // exp of anything lower counts as 0
 
 // An x with its complement y = 1 - x, both exact to about 31 digits.
@@ -139,6 +143,36 @@ double BetaOfShare(Share share, double a, double b) {
     return NormalApproximation(share.x.High(), a, b, complement);
 }
 
+// The function over LogBetaTerm as an integral over the log-odds of the variable, for x not above
+// a / (a + b).
+double QuotientByIntegral(const Share& share, double a, double b) {
+    const double x = share.x.High(), y = share.y.High();
+    const double n = a + b;
+    const double slope = std::max((share.y * a - share.x * b).High(), 0.0);
+    return a *
+           FSDecayIntegral([&](double v) { return slope * v + n * LogMeanMinusLinear(y, x, v); },
+                           slope, n * x * y);
+}
+
+// The logarithm of the function for x not above a / (a + b).
+double LogSmallerTail(const Share& share, double a, double b) {
+    if (a == 1.0) return std::log(-std::expm1(b * Log({share.y, share.x})));
+    if (b == 1.0) return a * Log(share);
+    std::optional<double> value;
+    if (!(a > 1.0) || !(b > 1.0)) value = PowerSeries(share, a, b);
+    if (!value) value = ContinuedFraction(share, a, b);
+    if (!value) value = QuotientByIntegral(share, a, b);
+    return LogBetaTerm(share.x, share.y, a, b) + std::log(*value);
+}
+
+// x = part / (part + rest) and 1 - x; the ends when one of the two is infinite, NaN for both.
+Share ShareOfRatio(const FSDoubleDouble& part, const FSDoubleDouble& rest) {
+    if (std::isinf(rest.High()) && std::isfinite(part.High())) return {0.0, 1.0};
+    if (std::isinf(part.High()) && std::isfinite(rest.High())) return {1.0, 0.0};
+    const FSDoubleDouble whole = part + rest;
+    return {part / whole, rest / whole};
+}
+
 bool IsGoodParameter(double a) { return a > 0.0 && std::isfinite(a); }
 
 double CheckedBeta(const Share& share, double a, double b, int& error) {
@@ -165,14 +199,28 @@ double IncompleteBeta(double x, double a, double b, int& error) {
 
 double IncompleteBetaOfRatio(const FSDoubleDouble& part, const FSDoubleDouble& rest, double a,
                              double b, int& error) {
-    if (std::isinf(rest.High()) && std::isfinite(part.High())) {
-        return CheckedBeta({0.0, 1.0}, a, b, error);
+    return CheckedBeta(ShareOfRatio(part, rest), a, b, error);
+}
+
+FSTail BetaTailOfRatio(const FSDoubleDouble& part, const FSDoubleDouble& rest, double logRatio,
+                       double a, double b) {
+    Share share = ShareOfRatio(part, rest);
+    // The function itself or its complement, whichever has the variable below its mean: about the
+    // smaller of the two, and never a small one as a difference from 1.
+    const bool complement = (share.x * b - share.y * a).High() > 0.0;
+    if (complement) {
+        std::swap(share.x, share.y);
+        std::swap(a, b);
+        logRatio = -logRatio;
     }
-    if (std::isinf(part.High()) && std::isfinite(rest.High())) {
-        return CheckedBeta({1.0, 0.0}, a, b, error);
+    double shift = 0.0;
+    if (share.x.High() < kLeastShare && b < kMaxLeastShareB) {
+        // Down here the function is proportional to x^a, and x to the ratio.
+        shift = a * (logRatio - std::log(kLeastShare));
+        share = {kLeastShare, 1.0};
     }
-    const FSDoubleDouble whole = part + rest;
-    return CheckedBeta({part / whole, rest / whole}, a, b, error);
+    const double exponent = LogSmallerTail(share, a, b) + shift;
+    return complement ? TailOfLogComplement(exponent) : TailOfLog(exponent);
 }
 
 double LogBetaTerm(const FSDoubleDouble& x, const FSDoubleDouble& y, double a, double b) {

@@ -2,6 +2,7 @@
 #define PREDSEL_FEATURESELECT_FSBETA_H
 
 #include "featureselect/FSDoubleDouble.h"
+#include "featureselect/FSTail.h"
 
 /// Regularized incomplete beta function I_x(a, b). x not above 0 gives 0.0, x from 1 up 1.0.
 /// error: kNUMERIC_OK; kNUMERIC_BAD_ARGUMENT for an a or b that isn't finite and above 0 or a NaN
@@ -15,6 +16,13 @@ double IncompleteBeta(double x, double a, double b, int& error);
 /// to the 17th digit.
 double IncompleteBetaOfRatio(const FSDoubleDouble& part, const FSDoubleDouble& rest, double a,
                              double b, int& error);
+
+/// The same function with its logarithm, right to the last digits where the function itself takes
+/// an approximation, too: there the tail is integrated. logRatio is log(part / rest), which counts
+/// where x or 1 - x leaves the range of doubles. REQUIRES: a and b finite and above 0, part and
+/// rest not below 0 and not both 0 or infinite.
+FSTail BetaTailOfRatio(const FSDoubleDouble& part, const FSDoubleDouble& rest, double logRatio,
+                       double a, double b);
 
 /// log(x^a (1 - x)^b / (a B(a, b))), with x + y = 1, both above 0.
 /// In saddle-point form (Loader 2000), which doesn't cancel for large a and b.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <utility>
 
 #include "featureselect/FSArchives.h"
 #include "featureselect/FSCellCounts.h"
@@ -126,25 +127,28 @@ void FSCatPCatTAccum::TakeCounts(const BlockCounts& counts, std::int32_t valid,
     fPairCounts.Merge(counts.fvPairs);
 }
 
-// Calls visit(row total, column total, cell weight) for every cell of the full crosstab, row by
-// row. A pair that never occurred is a cell of weight 0. The occupied cells come in the same order,
-// so one walk through them serves the whole table.
-template <class Visit>
-void FSCatPCatTAccum::ForEachCell(Visit visit) const {
-    std::int32_t next = 0;
-    for (std::int32_t i = 0; i < fPredCounts.Size(); ++i) {
-        const FSMapICntEntry& row = fPredCounts.GetAt(i);
-        for (std::int32_t j = 0; j < fTargetCounts.Size(); ++j) {
-            const FSMapICntEntry& column = fTargetCounts.GetAt(j);
-            double weight = 0.0;
-            if (next < fPairCounts.Size() &&
-                fPairCounts.GetAt(next).fKey == FSCategoryPair{row.fKey, column.fKey}) {
-                weight = fPairCounts.GetAt(next).fWeight;
-                ++next;
-            }
-            visit(row.fWeight, column.fWeight, weight);
-        }
+// The pairs come row by row. Those without a place in the margins, as a broken saved state may have
+// them, are left out.
+FSCrosstab FSCatPCatTAccum::Crosstab() const {
+    const std::span<const FSMapICntEntry> rows = fPredCounts.Entries();
+    const std::span<const FSMapICntEntry> columns = fTargetCounts.Entries();
+    const auto below = [](const FSMapICntEntry& entry, std::int32_t key) {
+        return entry.fKey < key;
+    };
+    std::vector<FSCrosstab::Cell> cells;
+    cells.reserve(static_cast<std::size_t>(fPairCounts.Size()));
+    auto row = rows.begin();
+    for (const FSMapPiCntEntry& pair : fPairCounts.Entries()) {
+        row = std::lower_bound(row, rows.end(), pair.fKey.fPredictor, below);
+        const auto column =
+            std::lower_bound(columns.begin(), columns.end(), pair.fKey.fTarget, below);
+        const bool hasPlace = row != rows.end() && row->fKey == pair.fKey.fPredictor &&
+                              column != columns.end() && column->fKey == pair.fKey.fTarget;
+        if (!hasPlace || !(pair.fWeight > 0.0)) continue;
+        cells.push_back({static_cast<std::uint32_t>(row - rows.begin()),
+                         static_cast<std::uint32_t>(column - columns.begin()), pair.fWeight});
     }
+    return FSCrosstab(std::move(cells), rows.size(), columns.size());
 }
 
 // A 32-bit product, which wraps around for tables beyond 2^31 cells.
@@ -154,82 +158,45 @@ double FSCatPCatTAccum::DegreesOfFreedom() const {
     return static_cast<std::int32_t>((columns - 1) * (rows - 1));
 }
 
-double FSCatPCatTAccum::Pearson() const {
-    const double total = ValidWeight();
-    double sum = 0.0;
-    ForEachCell([&](double row, double column, double weight) {
-        const double expected = column * row / total;
-        sum += (weight - expected) * (weight - expected) / expected;
-    });
-    return sum;
-}
-
-double FSCatPCatTAccum::LikelihoodRatio() const {
-    const double total = ValidWeight();
-    double sum = 0.0;
-    ForEachCell([&](double row, double column, double weight) {
-        if (weight > 0.0) sum += weight * std::log(weight / (row * column / total));
-    });
-    return 2.0 * sum;
-}
-
-double FSCatPCatTAccum::Lambda() const {
-    FSWeightSum correct;  // weight guessed right when the predictor is known: largest of each row
-    for (std::int32_t cell = 0; cell < fPairCounts.Size();) {
-        const std::int32_t row = fPairCounts.GetAt(cell).fKey.fPredictor;
-        const FSWeightSum* largest = &fPairCounts.GetAt(cell).fWeight;
-        for (; cell < fPairCounts.Size() && fPairCounts.GetAt(cell).fKey.fPredictor == row;
-             ++cell) {
-            const FSWeightSum& weight = fPairCounts.GetAt(cell).fWeight;
-            if (weight > *largest) largest = &weight;
-        }
-        correct += *largest;
-    }
-    FSWeightSum mode;  // guessed right when it is not
-    for (std::int32_t j = 0; j < fTargetCounts.Size(); ++j) {
-        const FSWeightSum& weight = fTargetCounts.GetAt(j).fWeight;
-        if (weight > mode) mode = weight;
-    }
-    const FSWeightSum wrong = ValidWeight() - mode;
-    if (!(wrong > 0.0)) return MCMV::gMissingValue;
-    return ((correct - mode).Exact().Scaled() / wrong.Exact().Scaled()).Value();
+void FSCatPCatTAccum::TestChiSquare(double statistic, FSTestResult& test) const {
+    const double df = DegreesOfFreedom();
+    const FSTail tail = ChiSquareTail(statistic, df);
+    if (tail.fP == MCMV::gMissingValue) return;
+    test.fValue = tail.fP;
+    test.fLogP = tail.fLogP;
+    test.fStatistic = statistic;
+    test.fDf1 = df;
+    test.fTieBreak1 = statistic;
+    test.fTieBreak2 = df;
 }
 
 FSTestResult FSCatPCatTAccum::Test(std::int32_t criterion) const {
     FSTestResult test;
     switch (criterion) {
         case FSCriterion::kPearson:
-        case FSCriterion::kLikelihood: {
+        case FSCriterion::kLikelihood:
             test.fTest = FSTestResult::kChiSquare;
-            if (!HasTable()) {
+            if (HasTable()) {
+                TestChiSquare(criterion == FSCriterion::kPearson ? Crosstab().ChiSquare().fChiSquare
+                                                                 : Crosstab().LikelihoodRatio(),
+                              test);
+            } else {
                 test.fValue = 1.0;
+                test.fLogP = 0.0;
                 test.fTieBreak1 = 0.0;
                 test.fTieBreak2 = 0.0;
-                break;
             }
-            const double statistic =
-                criterion == FSCriterion::kPearson ? Pearson() : LikelihoodRatio();
-            const double df = DegreesOfFreedom();
-            const double below = ChiSquareCdf(statistic, df);
-            if (below == MCMV::gMissingValue) break;
-            test.fValue = 1.0 - below;
-            test.fStatistic = statistic;
-            test.fDf1 = df;
-            test.fTieBreak1 = statistic;
-            test.fTieBreak2 = df;
             break;
-        }
         case FSCriterion::kCramer: {
             if (!HasTable()) break;
-            const double statistic = Pearson();
-            const double largest =
-                ValidWeight() * (std::min(fPredCounts.Size(), fTargetCounts.Size()) - 1);
-            if (largest > 0.0) test.fValue = std::sqrt(statistic / largest);
-            test.fTieBreak1 = statistic;
+            const FSCrosstab::Pearson pearson = Crosstab().ChiSquare();
+            if (!std::isfinite(pearson.fChiSquare)) break;
+            test.fValue = pearson.CramersV(std::min(fPredCounts.Size(), fTargetCounts.Size()) - 1);
+            test.fTieBreak1 = pearson.fChiSquare;
             break;
         }
         case FSCriterion::kLambda:
-            test.fValue = Lambda();
+            test.fValue = Crosstab().Lambda().value_or(MCMV::gMissingValue);
             test.fTieBreak1 = fPredCounts.Size();
             break;
         default:

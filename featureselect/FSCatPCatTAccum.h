@@ -6,6 +6,7 @@
 
 #include "featureselect/FSBlockCases.h"
 #include "featureselect/FSCategoricalAccum.h"
+#include "featureselect/FSCrosstab.h"
 #include "featureselect/FSMapPiCnt.h"
 
 /// The crosstab of a categorical predictor with a categorical target, for the criteria 0 to 3.
@@ -51,13 +52,10 @@ class FSCatPCatTAccum : public FSCategoricalAccum {
     void AddBySorting(std::span<const Entry> entries, const FSBlockCases& cases);
     struct BlockCounts;
     void TakeCounts(const BlockCounts& counts, std::int32_t valid, const FSBlockCases& cases);
-    template <class Visit>
-    void ForEachCell(Visit visit) const;
+    FSCrosstab Crosstab() const;
     bool HasTable() const { return fPredCounts.Size() >= 2 && fTargetCounts.Size() >= 2; }
     double DegreesOfFreedom() const;
-    double Pearson() const;
-    double LikelihoodRatio() const;
-    double Lambda() const;
+    void TestChiSquare(double statistic, FSTestResult& test) const;
 
     FSMapICnt fTargetCounts;  // weight per target category, of records with a valid predictor
     FSMapPiCnt fPairCounts;   // weight per pair; its margins are the other two tables

@@ -27,6 +27,16 @@ double CauchyCdf(double t) {
     return std::atan(t) / std::numbers::pi + 0.5;
 }
 
+// Both tails of the Cauchy distribution for an a above 0: 1 - 2 atan(a) / pi, without cancellation.
+FSTail CauchyTail(double a) {
+    if (a > 1.0) {
+        const double p = 2.0 * std::atan(1.0 / a) / std::numbers::pi;
+        return {p, std::log(p)};
+    }
+    const double rest = 2.0 * std::atan(a) / std::numbers::pi;
+    return {1.0 - rest, std::log1p(-rest)};
+}
+
 }  // namespace
 
 double ChiSquareCdf(double x, double df) {
@@ -60,23 +70,21 @@ double TCdf(double t, double df) {
 
 FSTail ChiSquareTail(double x, double df) {
     if (!IsGoodDf(df) || std::isnan(x)) return {};
-    int error = kNUMERIC_OK;
-    const double p = IncompleteGamma(x / 2.0, df / 2.0, false, error);
-    if (error != kNUMERIC_OK) return {};
-    return {p, std::log(p)};
+    return UpperGammaTail(x / 2.0, df / 2.0);
 }
 
 FSTail FTail(double f, double df1, double df2) {
     if (!IsGoodDf(df1) || !IsGoodDf(df2) || std::isnan(f)) return {};
     if (!(f > 0.0)) return {1.0, 0.0};
-    const FSDoubleDouble ratio = FSDoubleDouble(df2) / df1;
-    const double p = ScaledBeta(ratio, f, df2 / 2.0, df1 / 2.0, 1.0, 0.0);
-    return {p, std::log(p)};
+    const double logRatio = std::log(df2) - std::log(df1) - std::log(f);
+    return BetaTailOfRatio(FSDoubleDouble(df2) / df1, f, logRatio, df2 / 2.0, df1 / 2.0);
 }
 
 FSTail TTail(double t, double df) {
     if (!IsGoodDf(df) || std::isnan(t)) return {};
     if (t == 0.0) return {1.0, 0.0};
-    const double p = 2.0 * TCdf(-std::abs(t), df);
-    return {p, std::log(p)};
+    const double a = std::abs(t);
+    if (df == 1.0) return CauchyTail(a);
+    const double logRatio = std::log(df) - 2.0 * std::log(a);
+    return BetaTailOfRatio(FSDoubleDouble(df) / a, a, logRatio, df / 2.0, 0.5);
 }

@@ -1,7 +1,7 @@
 #ifndef PREDSEL_FEATURESELECT_FSDISTRIBUTIONS_H
 #define PREDSEL_FEATURESELECT_FSDISTRIBUTIONS_H
 
-#include "host/Records.h"
+#include "featureselect/FSTail.h"
 
 // The distribution functions behind the p-values of the ranking criteria.
 //
@@ -20,14 +20,6 @@ double FCdf(double f, double df1, double df2);
 /// P(T < t) of Student's t distribution with df degrees of freedom.
 /// 0.5 for t = 0; missing for a bad df, which is tested first.
 double TCdf(double t, double df);
-
-/// An upper tail: p and its natural logarithm. Both missing for a bad argument.
-/// Where p leaves the range of doubles fP is 0 or denormal and fLogP still right; fLogP is minus
-/// infinity only for an infinite statistic.
-struct FSTail {
-    double fP = MCMV::gMissingValue;
-    double fLogP = MCMV::gMissingValue;
-};
 
 /// P(X > x) of the chi-square distribution: 1 and 0.0 for x not above 0.
 FSTail ChiSquareTail(double x, double df);

@@ -8,6 +8,7 @@
 #include <numbers>
 #include <optional>
 
+#include "featureselect/FSDecayIntegral.h"
 #include "featureselect/FSNormal.h"
 #include "featureselect/FSNumericError.h"
 #include "featureselect/FSPolynomial.h"
@@ -21,6 +22,8 @@ constexpr double kLowestExponent = -1021.0;  // exp of anything lower counts as 
 constexpr double kMaxSeriesTerms = 2147483647.0;
 // From here on the fraction's numerators would overflow.
 constexpr double kMaxFourLogX = 1024.0;
+// And its denominators, the cube of x, from here on.
+constexpr double kMaxTailFraction = 1e100;
 // The fraction needs about sqrt(a) rounds near x = a; beyond this the approximations are as good.
 constexpr int kMaxFractionRounds = 10'000'000;
 
@@ -167,11 +170,12 @@ std::optional<double> LogLowerBySeries(double x, double a) {
 }
 
 // The upper function for x above 1 and above a, by the fraction of Shea (1988), AS 239.
-std::optional<double> LogUpperByFraction(double x, double a) {
+// An exponent below lowest is given without the fraction, which is below 1.
+std::optional<double> LogUpperByFraction(double x, double a, double lowest) {
     if (LogGamma(a) == MCMV::gMissingValue || 4.0 * std::log(x) >= kMaxFourLogX)
         return std::nullopt;
     const double exponent = LogGammaTerm(x, a) + std::log(a);
-    if (exponent < kLowestExponent) return exponent;  // the ratio is below 1 here
+    if (exponent < lowest) return exponent;
     double partial = 1.0 - a;
     double b = x + partial + 1.0;
     double count = 0.0;
@@ -199,6 +203,16 @@ std::optional<double> LogUpperByFraction(double x, double a) {
     return std::nullopt;
 }
 
+// The lower function for x of at most a, the upper one for the rest, as an integral over the
+// logarithm of the variable.
+double LogTailByIntegral(double x, double a) {
+    const double side = x > a ? 1.0 : -1.0;
+    const double slope = std::abs(x - a);
+    const double quotient = FSDecayIntegral(
+        [&](double v) { return slope * v + x * ExpMinusLinear(side * v); }, slope, x);
+    return LogGammaTerm(x, a) + std::log(a) + std::log(quotient);
+}
+
 double IncompleteGammaAbove0(double x, double a, bool lower) {
     if (std::isinf(x)) return lower ? 1.0 : 0.0;
     if (a == 1.0) {
@@ -211,7 +225,7 @@ double IncompleteGammaAbove0(double x, double a, bool lower) {
         if (lower) return ExpOrZero(*exponent);
         return *exponent < kLowestExponent ? 1.0 : -std::expm1(*exponent);
     }
-    const std::optional<double> exponent = LogUpperByFraction(x, a);
+    const std::optional<double> exponent = LogUpperByFraction(x, a, kLowestExponent);
     if (!exponent) return Approximation(x, a, lower);
     return lower ? 1.0 - ExpOrZero(*exponent) : ExpOrZero(*exponent);
 }
@@ -259,4 +273,17 @@ double IncompleteGamma(double x, double a, bool lower, int& error) {
         return MCMV::gMissingValue;
     }
     return value;
+}
+
+FSTail UpperGammaTail(double x, double a) {
+    if (!(x > 0.0)) return {1.0, 0.0};
+    if (a == 1.0 || std::isinf(x)) return TailOfLog(-x);
+    if (a >= x) {
+        const std::optional<double> exponent = LogLowerBySeries(x, a);
+        return TailOfLogComplement(exponent ? *exponent : LogTailByIntegral(x, a));
+    }
+    std::optional<double> exponent;
+    // Up to 1 the function itself is 1 minus the series, which loses the digits of a small tail.
+    if (x > 1.0 && x < kMaxTailFraction) exponent = LogUpperByFraction(x, a, -HUGE_VAL);
+    return TailOfLog(exponent ? *exponent : LogTailByIntegral(x, a));
 }

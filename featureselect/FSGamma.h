@@ -1,6 +1,8 @@
 #ifndef PREDSEL_FEATURESELECT_FSGAMMA_H
 #define PREDSEL_FEATURESELECT_FSGAMMA_H
 
+#include "featureselect/FSTail.h"
+
 /// Logarithm of the gamma function, exactly 0.0 at 1 and 2. Missing when it can't be formed: x not
 /// above 0, NaN, or so large that the result leaves the range of doubles.
 double LogGamma(double x);
@@ -17,5 +19,9 @@ double StirlingError(double z);
 /// approximations of Peizer and Pratt (1968) and of Wilson and Hilferty (1931) where both would
 /// take too long, that is from about a = 1.7e7 on.
 double IncompleteGamma(double x, double a, bool lower, int& error);
+
+/// The upper function with its logarithm, right to the last digits where the function itself takes
+/// an approximation, too: there the tail is integrated. REQUIRES: a finite and above 0, no NaN x.
+FSTail UpperGammaTail(double x, double a);
 
 #endif  // PREDSEL_FEATURESELECT_FSGAMMA_H

@@ -4,21 +4,16 @@
 #include <string_view>
 
 #include "featureselect/FSArchives.h"
-#include "featureselect/FSCriterion.h"
 #include "featureselect/FSDisplay.h"
 
-bool FSPredSort::GoesBefore(const FSPredSort& other, std::int32_t criterion) const {
-    if (fCriterion == MCMV::gMissingValue) return false;
-    if (other.fCriterion == MCMV::gMissingValue) return true;
-    const bool isMeasure = criterion == FSCriterion::kCramer || criterion == FSCriterion::kLambda;
-    if (fCriterion != other.fCriterion) {
-        return isMeasure ? fCriterion > other.fCriterion : fCriterion < other.fCriterion;
-    }
-    if (fTieBreak1 != other.fTieBreak1) return fTieBreak1 > other.fTieBreak1;
-    if (isMeasure) return false;
-    const bool isChiSquare =
-        criterion == FSCriterion::kPearson || criterion == FSCriterion::kLikelihood;
-    return isChiSquare ? fTieBreak2 < other.fTieBreak2 : fTieBreak2 > other.fTieBreak2;
+FSPredSort FSPredSort::Of(std::int32_t predictor, const FSTestResult& result) {
+    FSPredSort record{result.fValue, result.fTieBreak1, result.fTieBreak2, predictor};
+    record.fTest = result.fTest;
+    record.fLogP = result.fLogP;
+    record.fStatistic = result.fStatistic;
+    record.fDf1 = result.fDf1;
+    record.fDf2 = result.fDf2;
+    return record;
 }
 
 void FSPredSort::Display(std::ostream& out) const {

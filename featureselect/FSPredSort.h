@@ -5,21 +5,24 @@
 #include <iosfwd>
 
 #include "featureselect/FSPersistence.h"
+#include "featureselect/FSTestResult.h"
 #include "host/Records.h"
 
-/// What one criterion says of one predictor, as the sort sees it.
+/// What one criterion says of one predictor, as the sort sees it; FSPredOrder tells the order.
 struct FSPredSort {
     double fCriterion = MCMV::gMissingValue;  // p-value (criteria 0, 1, 4, 5) or measure (2, 3)
     double fTieBreak1 = MCMV::gMissingValue;
     double fTieBreak2 = MCMV::gMissingValue;
     std::int32_t fPredictor = -1;  // index of the predictor in the settings
 
-    /// Whether this record stands ahead of other under the criterion (0 to 5). A missing value is
-    /// ahead of nothing and behind every value; two missing ones are equal. The smaller p-value or
-    /// the larger measure wins, then the larger first tie-breaker (statistic, number of
-    /// categories); then the smaller second one for 0 and 1 (degrees of freedom, or -N), the larger
-    /// for 4 and 5 (N), none for 2 and 3.
-    bool GoesBefore(const FSPredSort& other, std::int32_t criterion) const;
+    // The test behind a p-value, see FSTestResult. Not saved: a restored engine keeps its order.
+    FSTestResult::Test fTest = FSTestResult::kNone;
+    double fLogP = MCMV::gMissingValue;
+    double fStatistic = MCMV::gMissingValue;
+    double fDf1 = MCMV::gMissingValue;
+    double fDf2 = MCMV::gMissingValue;
+
+    static FSPredSort Of(std::int32_t predictor, const FSTestResult& result);
 
     void Display(std::ostream& out) const;
 

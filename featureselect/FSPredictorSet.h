@@ -105,10 +105,10 @@ class FSPredictorSet {
 
     /// All criteria that are on, for all remaining predictors. Starts a ranking afresh.
     FSStatus ComputeCriteria();
-    /// Full stable sort of each criterion.
+    /// Full sort of each criterion, see FSPredOrder.h.
     FSStatus SortAll();
-    /// Partial sort: the count best of each criterion; below 1 means all that remain. A criterion
-    /// with fewer records lowers the count for those after it.
+    /// The head of the same orders: the count best of each criterion; below 1 means all that
+    /// remain. A criterion with fewer records lowers the count for those after it.
     FSStatus SortBest(std::int32_t count);
     FSStatus RankAll();
     /// Ranks for the head that SortBest has sorted for every criterion.
@@ -124,6 +124,9 @@ class FSPredictorSet {
     /// IFSPredTargetAccum::GetCriterionForDisplay of a remaining predictor; else false and missing.
     bool GetPredictorCriterion(std::int32_t criterion, std::int32_t predictor, double& first,
                                double& second, double& third, double& fourth) const;
+    /// The natural logarithm of the p-value of a criterion of a remaining predictor, minus infinity
+    /// for 0. False, and missing, for what has no p-value.
+    bool GetPredictorLogP(std::int32_t criterion, std::int32_t predictor, double& logP) const;
 
     /// "Pearson", "Likelihood", "Cramer", "Lambda", "F-Statistic", "t-Statistic", else empty.
     static std::string_view GetCriterionName(std::int32_t criterion);
@@ -180,7 +183,6 @@ class FSPredictorSet {
     struct Transaction;
     struct BlockRecords;
     struct BlockParts;
-    struct Outputs;
 
     void BeginPass(bool withTarget);
     template <class Take>
@@ -223,7 +225,7 @@ class FSPredictorSet {
 
     void BeginRanking();
     void ComputePredictor(std::int32_t predictor, const IFSPredTargetAccum& accum);
-    void AddResult(std::int32_t criterion, std::int32_t predictor, const Outputs& result);
+    void AddResult(std::int32_t criterion, std::int32_t predictor, const FSTestResult& result);
     void RankHeads(std::int32_t limit);
     std::size_t ResultSlot(std::int32_t criterion) const;
     static bool IsCriterion(std::int32_t criterion);
@@ -261,7 +263,7 @@ class FSPredictorSet {
     std::vector<std::unique_ptr<IFSPredTargetAccum>> fvpAccum;  // null after deletion
     std::vector<std::int32_t> fvDeletedIndices;
     std::vector<std::int32_t> fvDeletionReasons;  // parallel to fvDeletedIndices
-    // By criterion number. A sort moves pointers, not records.
+    // By criterion number.
     std::array<std::vector<std::unique_ptr<FSPredSort>>, FSCriterion::kCount> fvpSort;
     std::array<std::vector<std::int32_t>, FSCriterion::kCount> fvRanks;  // by predictor
     std::array<std::vector<double>, FSCriterion::kCount> fvValues;       // by predictor

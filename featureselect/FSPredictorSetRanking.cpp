@@ -1,23 +1,10 @@
 // Criteria of the remaining predictors, their order and ranks.
 #include <algorithm>
 
+#include "featureselect/FSPredOrder.h"
 #include "featureselect/FSPredictorSet.h"
 #include "featureselect/FSRunningStep.h"
 #include "featureselect/FSSettings.h"
-
-/// What the last computed criterion of a predictor gave. Where criteria share a test, the later one
-/// takes it from here.
-struct FSPredictorSet::Outputs {
-    double fValue = MCMV::gMissingValue;
-    double fTieBreak1 = MCMV::gMissingValue;
-    double fTieBreak2 = MCMV::gMissingValue;
-
-    void Compute(const IFSPredTargetAccum& accum, std::int32_t criterion) {
-        double extra1 = MCMV::gMissingValue;
-        double extra2 = MCMV::gMissingValue;
-        accum.ComputeCriterion(criterion, fValue, fTieBreak1, fTieBreak2, extra1, extra2);
-    }
-};
 
 FSStatus FSPredictorSet::ComputeCriteria() {
     FinishDataPassIfDue();
@@ -56,29 +43,29 @@ void FSPredictorSet::ComputePredictor(std::int32_t predictor, const IFSPredTarge
     const bool targetCategorical = fpSettings->IsTargetCategorical();
     const bool continuous = !accum.IsCategorical();
 
-    Outputs last;
+    FSTestResult last;  // where criteria share a test, the later one takes it from here
     for (std::int32_t criterion = 0; criterion < FSCriterion::kCount; ++criterion) {
         if (!fpSettings->IsCriterionOn(criterion)) continue;
         switch (criterion) {
             case FSCriterion::kLikelihood:
                 // Of a continuous predictor both chi-square criteria are the same F test.
-                if (!(pearsonOfMixed && continuous)) last.Compute(accum, criterion);
+                if (!(pearsonOfMixed && continuous)) last = accum.Test(criterion);
                 break;
             case FSCriterion::kFStat:
                 if (targetCategorical && !continuous) continue;
                 if (targetCategorical && chiSquareOfMixed) {
                     last.fTieBreak2 = -last.fTieBreak2;  // there it was -N, here N
                 } else {
-                    last.Compute(accum, criterion);
+                    last = accum.Test(criterion);
                 }
                 break;
             case FSCriterion::kTStat:
                 // A mixed set has its t tests in the F order.
                 if (targetCategorical || fPredSetType != FSSettings::kAllContinuous) continue;
-                last.Compute(accum, criterion);
+                last = accum.Test(criterion);
                 break;
             default:
-                last.Compute(accum, criterion);
+                last = accum.Test(criterion);
                 break;
         }
         AddResult(criterion, predictor, last);
@@ -86,10 +73,9 @@ void FSPredictorSet::ComputePredictor(std::int32_t predictor, const IFSPredTarge
 }
 
 void FSPredictorSet::AddResult(std::int32_t criterion, std::int32_t predictor,
-                               const Outputs& result) {
+                               const FSTestResult& result) {
     const auto slot = static_cast<std::size_t>(criterion);
-    fvpSort[slot].push_back(std::make_unique<FSPredSort>(
-        FSPredSort{result.fValue, result.fTieBreak1, result.fTieBreak2, predictor}));
+    fvpSort[slot].push_back(std::make_unique<FSPredSort>(FSPredSort::Of(predictor, result)));
     // A criterion switched on after construction has no values and no ranks.
     if (!fvValues[slot].empty()) {
         fvValues[slot][static_cast<std::size_t>(predictor)] = result.fValue;
@@ -102,9 +88,7 @@ FSStatus FSPredictorSet::SortAll() {
         if (!fpSettings->IsCriterionOn(criterion)) continue;
         if (fpCancel->IsCancelled()) break;
         auto& records = fvpSort[static_cast<std::size_t>(criterion)];
-        std::stable_sort(records.begin(), records.end(), [criterion](const auto& a, const auto& b) {
-            return a->GoesBefore(*b, criterion);
-        });
+        FSPredOrder::Sort(records, criterion, records.size());
     }
     fStatus = kSortedAll;
     return FSStatus::Success();
@@ -122,9 +106,7 @@ FSStatus FSPredictorSet::SortBest(std::int32_t count) {
         // AShortListLowersTheCountForLaterCriteria holds this.
         count = static_cast<std::int32_t>(
             std::min<std::size_t>(static_cast<std::size_t>(count), records.size()));
-        std::partial_sort(
-            records.begin(), records.begin() + count, records.end(),
-            [criterion](const auto& a, const auto& b) { return a->GoesBefore(*b, criterion); });
+        FSPredOrder::Sort(records, criterion, static_cast<std::size_t>(count));
     }
     fNumBestSorted = count;
     fStatus = kSortedBest;
@@ -207,6 +189,13 @@ bool FSPredictorSet::GetPredictorCriterion(std::int32_t criterion, std::int32_t 
     const IFSPredTargetAccum* accum = AccumOf(predictor);
     return accum != nullptr &&
            accum->GetCriterionForDisplay(criterion, first, second, third, fourth);
+}
+
+bool FSPredictorSet::GetPredictorLogP(std::int32_t criterion, std::int32_t predictor,
+                                      double& logP) const {
+    const IFSPredTargetAccum* accum = AccumOf(predictor);
+    logP = accum != nullptr ? accum->Test(criterion).fLogP : MCMV::gMissingValue;
+    return logP != MCMV::gMissingValue;
 }
 
 const IFSPredTargetAccum* FSPredictorSet::AccumOf(std::int32_t predictor) const {

@@ -11,4 +11,12 @@
 /// where u is far from 0.
 double LogRatioMinusChange(double u, double ratio);
 
+/// exp(v) - 1 - v to full relative accuracy, so near v = 0 too.
+double ExpMinusLinear(double v);
+
+/// log(1 - s + s exp(v)) - s v for s from 0 to 1, to full relative accuracy: what the logarithm of
+/// a mean of 1 and exp(v) has above its tangent. The other share, 1 - s, is passed beside s, so
+/// that an s near 1 keeps its distance from it.
+double LogMeanMinusLinear(double s, double other, double v);
+
 #endif  // PREDSEL_FEATURESELECT_FSSADDLEPOINT_H

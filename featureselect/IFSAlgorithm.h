@@ -76,6 +76,11 @@ class IFSAlgorithm {
                                 std::vector<std::vector<std::int32_t>>& reasons,
                                 std::int32_t maxRecords) = 0;
 
+    /// XML report of one criterion (FSOutputOne): the n best predictors in its order; 0: as many as
+    /// were sorted. 1 cancelled, 6 not ranked yet, 80006 criterion wasn't asked for, and error
+    /// 80012 behind a report that fewer than n predictors remain for.
+    virtual FSStatus WriteOutputOne(std::ostream& stream, std::int32_t criterion,
+                                    std::int32_t n) = 0;
     /// The numbers behind a criterion of a predictor, as the tables show them: p-value, statistic
     /// and degrees of freedom for 0 and 1; the value for 2 and 3; p-value, F, df1, df2 for 4;
     /// p-value, correlation, t, N - 2 for 5. False, and all missing, when the predictor is deleted
@@ -84,11 +89,6 @@ class IFSAlgorithm {
                                        double& first, double& second, double& third,
                                        double& fourth) const = 0;
 
-    /// XML report of one criterion (FSOutputOne): the n best predictors in its order; 0: as many as
-    /// were sorted. 1 cancelled, 6 not ranked yet, 80006 criterion wasn't asked for, and error
-    /// 80012 behind a report that fewer than n predictors remain for.
-    virtual FSStatus WriteOutputOne(std::ostream& stream, std::int32_t criterion,
-                                    std::int32_t n) = 0;
     /// XML report of the screening and of all criteria (FSOutputAll). 1 cancelled, 6 not screened
     /// yet.
     virtual FSStatus WriteOutputAll(std::ostream& stream) = 0;
@@ -125,6 +125,12 @@ class IFSAlgorithm {
     /// for what was restored: saved are rounded numbers.
     /// 80014, and nothing changed, when the two don't fit or are past that point.
     virtual FSStatus MergeFrom(const IFSAlgorithm& other) = 0;
+
+    /// The natural logarithm of the p-value of a criterion of a predictor, which a double holds
+    /// where it does not hold the p-value; minus infinity for a p-value of exactly 0. False, and
+    /// missing, when the predictor is deleted, doesn't have the criterion or has no p-value.
+    virtual bool GetPredictorLogP(std::int32_t criterion, std::int32_t predictor,
+                                  double& logP) const = 0;
 };
 
 #endif  // PREDSEL_FEATURESELECT_IFSALGORITHM_H

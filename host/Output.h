@@ -45,6 +45,9 @@ class BpString : public BpItem {
 class BpNumber : public BpItem {
  public:
     BpNumber(double value, const BpFormatSpec& format);
+    /// The same with the natural logarithm of the value, for readers whom a number too small for a
+    /// double, shown as 0, doesn't suffice. Minus infinity: the value is exactly 0.
+    BpNumber(double value, const BpFormatSpec& format, double logarithm);
 };
 
 /// A variable of the active data set. Mode 2: by its label where it has one, else by its name.

@@ -159,7 +159,8 @@ class NBAlgorithm : public INBAlgorithm {
     /// The category that a known code names. Codes are whole numbers; one that is not must not
     /// leave its table.
     static std::int32_t Category(double code, std::int32_t numCategories) {
-        return std::min(static_cast<std::int32_t>(code + 0.5), numCategories - 1);
+        const double moved = code + 0.5;
+        return std::min(static_cast<std::int32_t>(moved), numCategories - 1);
     }
 
     // State.

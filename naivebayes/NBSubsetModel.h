@@ -5,6 +5,9 @@
 #include <cstdint>
 #include <vector>
 
+#include "naivebayes/NBDoubleDouble.h"
+#include "naivebayes/NBExactMixtures.h"
+
 class NBayesInput;
 class NBayesOutput;
 
@@ -44,6 +47,15 @@ class NBSubsetModel {
     /// Numbers a row.
     std::size_t GetStride() const { return fWidth * 4; }
     const double* GetRows(std::size_t table) const { return fvTables[table].fvRows[0].fValues; }
+    /// The probabilities to 106 bits, in the same shape: as the counts give them, where the numbers
+    /// above are those of the counts but for rounding, else those.
+    NBExactMixtures::ConstProducts GetExactRows(std::size_t table) const {
+        return {fvTables[table].fvHigh[0].fValues, fvTables[table].fvLow[0].fValues};
+    }
+    /// Pi by target category, likewise.
+    const std::vector<NBDoubleDouble>& GetExactPriors() const { return fvExactPriors; }
+    /// The largest relative difference of the two forms of a probability or prior.
+    double GetRounding() const { return fRounding; }
     /// NBMixtures::Operands::fSafeRun for weights of which the largest is from 1 to 2.
     std::size_t GetSafeRun(std::size_t table) const { return fvTables[table].fSafeRun; }
     /// Whether all probabilities are from kLowest to 1, as those of all but absurd weights are.
@@ -58,9 +70,18 @@ class NBSubsetModel {
         std::int32_t fNumCategories = 0;
         std::size_t fSafeRun = 1;
         std::vector<Group> fvRows;
+        std::vector<Group> fvHigh;
+        std::vector<Group> fvLow;
     };
 
+    /// Fills a table's exact rows. threshold: 1/N.
+    void FillExactRows(const NBayesInput& input, const NBDoubleDouble& threshold, Table& table);
+    /// A probability by the counts, if `rounded` is that but for rounding.
+    NBDoubleDouble Exact(const NBDoubleDouble& byCounts, double rounded);
+
     std::vector<double> fvPriors;
+    std::vector<NBDoubleDouble> fvExactPriors;
+    double fRounding = 0.0;
     std::size_t fWidth;
     std::vector<Table> fvTables;
     bool fbModerate = true;

@@ -14,7 +14,7 @@ namespace {
 void AddVariable(MCCommonXML::XMLElement& element, const INBVariable& variable,
                  std::int32_t numCategories) {
     element.AddAttribute("variableName", variable.GetName());
-    const std::string label = variable.GetLabel();
+    const std::string& label = variable.GetLabel();
     if (!label.empty()) element.AddAttribute("variableLabel", label);
     element.AddAttribute("numberOfCategories", numCategories);
 }

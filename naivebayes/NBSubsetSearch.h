@@ -8,6 +8,7 @@
 #include "host/Blocks.h"
 #include "host/Records.h"
 #include "naivebayes/INBAlgorithm.h"
+#include "naivebayes/NBExactSum.h"
 #include "naivebayes/NBInterruptState.h"
 #include "naivebayes/NBStatus.h"
 #include "naivebayes/NBSubsetModel.h"
@@ -84,6 +85,18 @@ class NBSubsetSearch {
         std::vector<double> fvScores;
     };
 
+    /// A step's best candidate.
+    struct Choice {
+        std::size_t fPlace;
+        double fScore;     // A
+        NBExactSum fLoss;  // -N * A, in units of NBGridLog
+    };
+    /// A size with a sum that stands for its criterion.
+    struct Ranked {
+        NBSubset fSubset;
+        NBExactSum fSum;
+    };
+
     // All three return -1 when interrupted; the evaluations else the best size, 0 when no test
     // record could be used.
     std::int32_t ForwardSelect(std::int32_t maxSize, MCCommon::MultiPassRecordIter& records,
@@ -93,22 +106,33 @@ class NBSubsetSearch {
     std::int32_t EvaluateTestData(NBInternalAdapter& adapter, std::int32_t numRecords,
                                   std::vector<NBSubset>& bestOut);
 
-    /// L_j of every predictor and L_0, which it returns.
-    double ComputeLogLikelihoods();
+    /// N times L_j of every predictor and N times L_0, which it returns, in units of NBGridLog.
+    NBExactSum ComputeLogLikelihoods();
     void SplitByRole(Step& step);
-    /// The place among the candidates of the best one, that with the highest score, the first of
-    /// equal ones. Where rounding alone orders the best scores, sums in the order of the records
-    /// decide, so that regrouping leaves the choice as it is; not so on more drawn records than one
-    /// lot, of which the last alone is at hand. Adds to the scores what no pass takes.
-    std::size_t PickBest(Step& step, double joint);
-    /// Draws the records of a step and scores the candidates on them.
-    void ScoreOnSimulated(Step& step, NBRecordSimulator& simulator);
+    /// What no pass takes of A of the subset with this candidate. joint: J of the subset.
+    double OwnPart(double joint, std::int32_t table) const {
+        return joint + fvPredictorLogLik[static_cast<std::size_t>(table)];
+    }
+    // The best of the candidates is that with the highest A, the first of equal ones: quick scores
+    // leave those that rounding may have put behind, exact ones decide. Neither the order of the
+    // records nor who does the work counts. joint: of the subset, see fvJointLogsBySize.
+    /// On the kept records, which the best joins.
+    Choice PickOnRecords(Step& step, const NBExactSum& joint);
+    /// On records that it draws. Sets no loss.
+    Choice PickOnDrawn(Step& step, const NBExactSum& joint, NBRecordSimulator& simulator);
+    /// The places of all candidates that may be the best. Adds to the quick scores, which are
+    /// factor times sums, what no pass takes. joint: J of the subset.
+    std::vector<std::size_t> ListClose(Step& step, double joint, double factor) const;
+    static std::vector<std::int32_t> ListAt(const Step& step,
+                                            const std::vector<std::size_t>& places);
     /// A(S) of the sizes from the smallest to lastSize, on the training records.
     void EvaluateSizes(std::int32_t lastSize, MCCommon::MultiPassRecordIter& records,
                        std::int32_t numRecords);
-    /// Adds the scores of the sizes from the smallest to lastSize on the records of fRecords.
-    void AddSizes(std::int32_t lastSize, std::vector<double>& sums);
-    std::int32_t KeepBest(std::vector<NBSubset> subsets, std::vector<NBSubset>& bestOut);
+    /// Adds the exact scores of the sizes from the smallest to lastSize on the records of fRecords.
+    void AddSizes(std::int32_t lastSize, std::vector<NBExactSum>& sums);
+    /// rounding: what sums of equal criteria differ by at most.
+    std::int32_t KeepBest(std::vector<Ranked> sizes, double rounding,
+                          std::vector<NBSubset>& bestOut);
     void ListSelected(std::vector<std::int32_t>& selectedOut) const;
     void ApplySelection(std::int32_t size);
 
@@ -117,6 +141,9 @@ class NBSubsetSearch {
     template <class Visit>
     void ForEachLot(MCCommon::MultiPassRecordIter& records, std::int32_t numRecords,
                     std::int32_t lot, Visit visit);
+    /// Whether the records that the last ForEachLot read were as many as the tables count. An
+    /// engine passes the same ones; then A is a mean over the records, else of two sums.
+    bool AreRecordsThoseOfTheTables() const;
     /// Where the tables' codes stand in prepared training records.
     std::vector<std::int32_t> TrainingPositions() const;
     /// Of the sizes that are compared: that of the forced predictors, never 0.
@@ -128,19 +155,24 @@ class NBSubsetSearch {
     NBVarList& fVarList;
     const NaiveBayesSettings& fSettings;
     double fTotalWeight;  // N
+    double fUnit;         // a unit of NBGridLog a unit of weight
     bool fbWeighted;      // element 1 of a record is its weight
     std::int32_t fNumBestSubsets = 5;
     std::int32_t fNumForced = 0;
     std::vector<std::int32_t> fvSelectedOrder;  // table indices in order of entry
     std::vector<double> fvPredictorLogLik;      // L_j, a table each
     std::vector<double> fvCriterionBySize;      // A(s) at s-1
-    std::vector<double> fvJointLogLikBySize;    // J(s) at s-1, where an evaluation reads it
+    std::vector<NBExactSum> fvPredictorLogs;    // N * L_j, in units of NBGridLog
+    std::vector<NBExactSum> fvLossBySize;       // -N * A(s), likewise, at s-1
+    std::vector<NBExactSum> fvJointLogsBySize;  // N * J(s), likewise
     bool fbSimulated = false;                   // candidates were scored on drawn records
     std::vector<NBSubset> fvBestSubsets;        // best first
     NBInterruptState& fInterrupt;
     NBSubsetModel fModel;
     NBSubsetRecords fRecords;
-    bool fbKept = false;  // fRecords holds the training records
+    bool fbKept = false;              // fRecords holds the training records
+    bool fbByTarget = false;          // A is the mean log posterior of the records' own targets
+    std::size_t fNumTargetsRead = 0;  // records with a target, of the last ForEachLot
 };
 
 #endif  // PREDSEL_NAIVEBAYES_NBSUBSETSEARCH_H

@@ -1,5 +1,5 @@
 #include <cstddef>
-#include <limits>
+#include <vector>
 
 #include "naivebayes/NBPMMLWriter.h"
 #include "naivebayes/NBayesInput.h"
@@ -11,17 +11,15 @@ using MCCommonXML::XMLElement;
 
 namespace {
 
-constexpr double kLargest = std::numeric_limits<double>::max();
-
-/// Drops what closed bins left behind: equal cut points, and those beyond all values.
-void CleanCutpoints(std::vector<double>& cutpoints) {
-    for (std::size_t p = cutpoints.size(); p-- > 1;) {
-        const double cutpoint = cutpoints[p];
-        if (cutpoint == cutpoints[p - 1] || cutpoint == kLargest || cutpoint == -kLargest) {
-            cutpoints.erase(cutpoints.begin() + static_cast<std::ptrdiff_t>(p));
-        }
+/// The rows of a continuous predictor that are written as bins, ascending: those with weight, and
+/// those that a value can fall into. Closed bins are neither.
+std::vector<std::size_t> RowsOfBins(const NBBinningEncoder& encoder, const NBayesInput& table) {
+    std::vector<std::size_t> rows;
+    for (std::size_t m = 0; m <= encoder.GetCutpoints().size(); ++m) {
+        const bool isFilled = m < table.GetCounts().size() && table.IsFilled(m);
+        if (isFilled || encoder.IsReachable(m)) rows.push_back(m);
     }
-    if (!cutpoints.empty() && cutpoints.front() == -kLargest) cutpoints.erase(cutpoints.begin());
+    return rows;
 }
 
 }  // namespace
@@ -32,24 +30,23 @@ void NBayesInput::AddDiscretize(XMLElement& bayesInput) const {
     derived.AddAttribute("optype", "continuous");
     XMLElement& discretize = derived.AddChild("Discretize");
     discretize.AddAttribute("field", fpVariable->GetName());
-    std::vector<double> cutpoints;
+    std::vector<double> margins;  // between the bins
     if (const auto* const encoder =
             dynamic_cast<const NBBinningEncoder*>(fpVariable->GetEncoderConst())) {
-        if (fNumNonEmpty < fNumCategories) {
-            cutpoints = encoder->MakeCollapsedCopy(*this)->GetCutpoints();
-            CleanCutpoints(cutpoints);
-        } else {
-            cutpoints = encoder->GetCutpoints();
+        const auto scoring = encoder->MakeCollapsedCopy(*this);
+        const std::vector<std::size_t> rows = RowsOfBins(*scoring, *this);
+        for (std::size_t b = 0; b + 1 < rows.size(); ++b) {
+            margins.push_back(scoring->GetCutpoints()[rows[b]]);
         }
     }
-    for (std::size_t b = 0; b <= cutpoints.size(); ++b) {
+    for (std::size_t b = 0; b <= margins.size(); ++b) {
         XMLElement& bin = discretize.AddChild("DiscretizeBin");
         bin.AddAttribute("binValue", static_cast<double>(b));
         XMLElement& interval = bin.AddChild("Interval");
-        const bool isLast = b == cutpoints.size();
+        const bool isLast = b == margins.size();
         interval.AddAttribute("closure", isLast ? "openOpen" : "openClosed");
-        if (b > 0) interval.AddAttribute("leftMargin", cutpoints[b - 1]);
-        if (!isLast) interval.AddAttribute("rightMargin", cutpoints[b]);
+        if (b > 0) interval.AddAttribute("leftMargin", margins[b - 1]);
+        if (!isLast) interval.AddAttribute("rightMargin", margins[b]);
     }
 }
 

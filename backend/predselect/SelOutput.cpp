@@ -45,6 +45,18 @@ CriterionNumbers NumbersOf(const IFSAlgorithm& engine, std::int32_t criterion,
     return numbers;
 }
 
+// The significance of a predictor by a criterion, with its logarithm where it has one.
+void PutSignificance(const BpGroup& group, const IFSAlgorithm& engine, std::int32_t criterion,
+                     std::int32_t predictor, double value) {
+    const BpCategory cell = group.Category(Key("Unadjusted Sig."));
+    double logP = MCMV::gMissingValue;
+    if (engine.GetPredictorLogP(criterion, predictor, logP)) {
+        cell.Cell(BpNumber(value, BpProcedure::Significance(), logP));
+    } else {
+        cell.Cell(BpNumber(value, BpProcedure::Significance()));
+    }
+}
+
 // An F of groups without any spread is the strongest possible and cannot be written as a number.
 void PutF(const BpCategory& cell, const CriterionNumbers& numbers) {
     cell.Cell(BpNumber(numbers.fStatistic, BpProcedure::GeneralStat()));
@@ -331,7 +343,7 @@ class SummaryColumns {
             return;
         }
         Put(fStatistics, "Rank", rank, BpProcedure::Count());
-        Put(fStatistics, "Unadjusted Sig.", value, BpProcedure::Significance());
+        PutSignificance(fStatistics, fEngine, fCriterion, predictor, value);
         const bool categorical = fEngine.GetSettings().IsPredictorCategorical(predictor);
         switch (fShape) {
             case SummaryShape::PerCriterion:
@@ -396,7 +408,7 @@ class SummaryColumns {
                 fEngine.GetRanks(type.fCriterion)[static_cast<std::size_t>(predictor)];
             Put(fStatistics, "Rank", rank + 1, BpProcedure::Count());
             if (type.fbTest) {
-                Put(fStatistics, "Unadjusted Sig.", numbers.fValue, BpProcedure::Significance());
+                PutSignificance(fStatistics, fEngine, type.fCriterion, predictor, numbers.fValue);
                 Put(fStatistics, "Value", numbers.fStatistic, BpProcedure::GeneralStat());
                 Put(fStatistics, "df", numbers.fFirst, BpProcedure::Count());
             } else {

@@ -1,10 +1,12 @@
 """What the peers share: their arguments, the statistics of reduced tables, and the file of results."""
 
 import argparse
+import math
 import sys
 
 import numpy
 from scipy.stats import chi2, f
+from scipy.stats import t as student
 
 TARGET = "y"
 
@@ -49,6 +51,13 @@ def f_test(name: str, n, mean, within):
     return name, "F", statistic, df1, df2, float(f.sf(statistic, df1, df2))
 
 
+def correlation_test(name: str, n: int, r: float):
+    """Of the correlation of n pairs of numbers; its own last place holds r."""
+    df = n - 2
+    t = r * math.sqrt(df / (1 - r * r))
+    return name, "t", t, df, 0, float(2 * student.sf(abs(t), df)), r
+
+
 def counts_of(classes, levels, counts):
     """A table of counts from one row a filled cell."""
     _, rows = numpy.unique(numpy.asarray(classes), return_inverse=True)
@@ -59,12 +68,13 @@ def counts_of(classes, levels, counts):
 
 
 def write_ranked(results, output: str):
-    """The predictors, the most significant first."""
+    """The predictors, the most significant first; a correlation, where there is one, in the last column."""
     results.sort(key=lambda r: (r[5], -r[2] / max(r[3], 1), r[0]))
     with open(output, "w") as file:
-        file.write("predictor,test,statistic,df1,df2,p\n")
+        file.write("predictor,test,statistic,df1,df2,p,correlation\n")
         for result in results:
-            file.write("%s,%s,%.17g,%d,%d,%.17g\n" % result)
+            correlation = "%.17g" % result[6] if len(result) > 6 else ""
+            file.write("%s,%s,%.17g,%d,%d,%.17g,%s\n" % (*result[:6], correlation))
 
 
 def write_chain(chain, output: str):

@@ -1,5 +1,6 @@
 // The items of host/Output.h: what can be a heading, a cell or a message.
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -62,7 +63,10 @@ BpString::BpString(std::string_view text, bool isKey)
     : BpItem(MakeItem(BpItemData::Text{std::string(text), isKey})) {}
 
 BpNumber::BpNumber(double value, const BpFormatSpec& format)
-    : BpItem(MakeItem(BpItemData::Number{value, format.Kind()})) {}
+    : BpItem(MakeItem(BpItemData::Number{value, format.Kind(), std::nullopt})) {}
+
+BpNumber::BpNumber(double value, const BpFormatSpec& format, double logarithm)
+    : BpItem(MakeItem(BpItemData::Number{value, format.Kind(), logarithm})) {}
 
 BpVariable::BpVariable(std::int32_t dictionaryIndex, std::int32_t mode)
     : BpItem(MakeVariable(dictionaryIndex, mode)) {}

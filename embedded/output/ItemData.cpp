@@ -145,6 +145,7 @@ bool IsFractionalCount(const Item& item) {
 void FillCell(ReportCell& cell, const Item& item, bool decimalCounts, bool fractionalWeights) {
     if (const auto* number = std::get_if<Item::Number>(&item.fContent)) {
         cell.fValue = NumberOrMissing(number->fValue);
+        if (!IsMissing(number->fValue)) cell.fLogarithm = number->fLogarithm;
         cell.fText = NumberText(number->fValue, number->fKind, decimalCounts);
         cell.fFormat = FormatOf(number->fKind);
         return;

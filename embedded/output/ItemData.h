@@ -2,6 +2,7 @@
 #define PREDSEL_EMBEDDED_OUTPUT_ITEMDATA_H
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -20,6 +21,7 @@ struct BpItemData {
     struct Number {
         double fValue = 0;
         BpFormatKind fKind = BpFormatKind::GeneralStat;
+        std::optional<double> fLogarithm;  // natural, of fValue
     };
     /// A variable, or one of its values, as the dictionary shows it.
     struct Labelled {

@@ -128,6 +128,13 @@ class TableWriter {
         }
     }
 
+    // JSON has no infinity.
+    static void AddLogarithm(double logarithm, Json& cell) {
+        const bool exactZero = std::isinf(logarithm) && logarithm < 0.0;
+        cell["lnP"] = exactZero ? Json(nullptr) : Json(logarithm);
+        if (exactZero) cell["exactZero"] = true;
+    }
+
     Json Cell(const ReportCell& cell) const {
         Json texts = Json::object();
         Json keys = Json::object();
@@ -138,6 +145,7 @@ class TableWriter {
         }
         Json out = {{"at", std::move(texts)}, {"keys", std::move(keys)}};
         out["value"] = ValueJson(cell.fValue);
+        if (cell.fLogarithm) AddLogarithm(*cell.fLogarithm, out);
         out["text"] = cell.fText;
         out["format"] = FormatName(cell.fFormat);
         out["notes"] = cell.fvNotes;

@@ -48,6 +48,8 @@ struct ReportCell {
     std::string fText;  // the value as shown; lines end with '\n'
     ReportFormat fFormat = ReportFormat::Text;
     std::vector<std::string> fvNotes;  // footnotes
+    /// Natural logarithm of a number that may be too small for a double; minus infinity: exactly 0.
+    std::optional<double> fLogarithm = std::nullopt;
 };
 
 /// A pivot table, complete.

@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <limits>
+#include <numbers>
 #include <random>
 
 #include "featureselect/FSNumericError.h"
@@ -129,6 +130,39 @@ TEST(PeizerPrattG, KeepsItsDigitsNextToOne) {
     for (const double u : {1e-3, -1e-3, 1e-6, -1e-9}) {
         EXPECT_NEAR(PeizerPrattG(1.0 + u), -u / 3.0 + u * u / 6.0, 1e-15 + std::abs(u * u * u))
             << u;
+    }
+}
+
+TEST(BetaTailOfRatio, IsTheFunctionWithItsLogarithm) {
+    for (const double a : {0.3, 1.0, 2.5, 40.0}) {
+        for (const double b : {0.3, 1.0, 7.0, 40.0}) {
+            const FSTail tail = BetaTailOfRatio(3.0, 5.0, std::log(0.6), a, b);
+            EXPECT_NEAR(tail.fP / Beta(0.375, a, b), 1.0, 1e-12) << a << ", " << b;
+            EXPECT_NEAR(tail.fLogP, std::log(tail.fP), 1e-14) << a << ", " << b;
+        }
+    }
+}
+
+TEST(BetaTailOfRatio, IsIntegratedWhereTheFractionDoesNotSettle) {
+    // The function itself is off by 4.3e-5 here. Expected: ball arithmetic.
+    const double x = 0.499999995;
+    const FSDoubleDouble y = FSDoubleDouble::ExactSum(1.0, -x);
+    const double logRatio = std::log(x) - std::log1p(-x);
+    EXPECT_NEAR(BetaTailOfRatio(x, y, logRatio, 5e9, 5e9).fP / 0.4996010577840943, 1.0, 1e-13);
+    EXPECT_NEAR(BetaTailOfRatio(y, x, -logRatio, 5e9, 5e9).fLogP / std::log1p(-0.4996010577840943),
+                1.0, 1e-13);
+}
+
+TEST(BetaTailOfRatio, TakesAShareThatUnderflowsFromItsLogarithm) {
+    // I_x(a, 2) = x^a (1 + a (1 - x)), with x = 1e-600 and a = 0.25 and 4.
+    const double logRatio = -600.0 * std::numbers::ln10;
+    for (const double a : {0.25, 4.0}) {
+        const FSTail tail = BetaTailOfRatio(1e-300, 1e300, logRatio, a, 2.0);
+        EXPECT_NEAR(tail.fLogP / (a * logRatio + std::log1p(a)), 1.0, 1e-15) << a;
+        const FSTail complement = BetaTailOfRatio(1e300, 1e-300, -logRatio, 2.0, a);
+        const double expected = -std::exp(a * logRatio + std::log1p(a));  // 0 for the larger a
+        EXPECT_NEAR(complement.fLogP, expected, -1e-12 * expected) << a;
+        EXPECT_EQ(complement.fP, 1.0);
     }
 }
 

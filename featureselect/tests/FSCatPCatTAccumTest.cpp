@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 #include <map>
 #include <utility>
 
@@ -151,6 +152,31 @@ TEST(FSCatPCatTAccum, TwoDegreesOfFreedomHaveAnExponentialTail) {
     EXPECT_NEAR(result.fValue, std::exp(-1.875 / 2.0), 1e-14);
 }
 
+TEST(FSCatPCatTAccum, ATestTellsItsKindItsStatisticAndALogarithm) {
+    const FSCatPCatTAccum accum = Table({{5, 5, 10}, {5, 15, 20}});
+    for (const std::int32_t criterion : {0, 1}) {
+        const FSTestResult result = accum.Test(criterion);
+        EXPECT_EQ(result.fTest, FSTestResult::kChiSquare);
+        EXPECT_EQ(result.fStatistic, result.fTieBreak1);
+        EXPECT_EQ(result.fDf1, 2.0);
+        EXPECT_EQ(result.fDf2, kMissing);
+        // Of two degrees of freedom.
+        EXPECT_NEAR(result.fLogP, -result.fStatistic / 2.0, 1e-15);
+    }
+    for (const std::int32_t criterion : {2, 3}) {
+        EXPECT_EQ(accum.Test(criterion).fTest, FSTestResult::kNone);
+        EXPECT_EQ(accum.Test(criterion).fLogP, kMissing);
+    }
+}
+
+TEST(FSCatPCatTAccum, TailsFarBelowTheReachOfADoubleHaveALogarithm) {
+    // Chi-square 4e5 with two degrees of freedom.
+    const FSTestResult result = Table({{2e5, 0}, {0, 1e5}, {0, 1e5}}).Test(0);
+    EXPECT_EQ(result.fStatistic, 4e5);
+    EXPECT_EQ(result.fValue, 0.0);
+    EXPECT_NEAR(result.fLogP, -2e5, 1e-9);
+}
+
 TEST(FSCatPCatTAccum, CramerByHand) {
     // m = N * (min(R, C) - 1) = 60 * 1 for the table above.
     const Criterion result = Compute(Table({{5, 5, 10}, {5, 15, 20}}), 2);
@@ -180,6 +206,7 @@ TEST(FSCatPCatTAccum, OnePredictorCategory) {
         EXPECT_EQ(result.fValue, 1.0);
         EXPECT_EQ(result.fTieBreak1, 0.0);
         EXPECT_EQ(result.fTieBreak2, 0.0);
+        EXPECT_EQ(accum.Test(criterion).fLogP, 0.0);
     }
     EXPECT_TRUE(Compute(accum, 2).AllAre(kMissing));
     EXPECT_EQ(Compute(accum, 3).fValue, 0.0);
@@ -201,6 +228,14 @@ TEST(FSCatPCatTAccum, NothingSeenHasNoAssociation) {
     EXPECT_EQ(Compute(accum, 3).fTieBreak1, 0.0);
 }
 
+TEST(FSCatPCatTAccum, InfiniteWeightsLeaveNoResult) {
+    const FSCatPCatTAccum accum = Table({{30, 10}, {5, std::numeric_limits<double>::infinity()}});
+    for (const std::int32_t criterion : {0, 1, 2}) {
+        EXPECT_TRUE(Compute(accum, criterion).AllAre(kMissing)) << criterion;
+    }
+    EXPECT_EQ(Compute(accum, 3).fValue, kMissing);
+}
+
 TEST(FSCatPCatTAccum, AbsentPairCountsInPearsonAndIsSkippedInTheLikelihoodRatio) {
     // [[10, 0], [5, 5]]: expected 7.5, 2.5, 7.5, 2.5; the empty cell contributes its 2.5.
     // X2 = 6.25/7.5 + 2.5 + 6.25/7.5 + 2.5 = 20/3.
@@ -218,10 +253,11 @@ TEST(FSCatPCatTAccum, CriteriaAgreeWithAFullTableOfRandomData) {
     const double g2 = plain.LikelihoodRatio();
     EXPECT_NEAR(Compute(accum, 0).fTieBreak1, x2, 1e-12 * x2);
     EXPECT_EQ(Compute(accum, 0).fTieBreak2, plain.Df());
-    EXPECT_NEAR(Compute(accum, 0).fValue, 1.0 - ChiSquareCdf(x2, plain.Df()), 1e-12);
+    const double p = ChiSquareTail(x2, plain.Df()).fP;
+    EXPECT_NEAR(Compute(accum, 0).fValue, p, 1e-11 * p);
     // The plain sum of logarithms cancels, so it knows g2 to an error in the size of the total.
     EXPECT_NEAR(Compute(accum, 1).fTieBreak1, g2, 1e-14 * plain.fTotal * std::log(plain.fTotal));
-    EXPECT_NEAR(Compute(accum, 1).fValue, 1.0 - ChiSquareCdf(g2, plain.Df()), 1e-11);
+    EXPECT_NEAR(Compute(accum, 1).fValue, ChiSquareTail(g2, plain.Df()).fP, 1e-11);
     const auto smaller =
         static_cast<double>(std::min(plain.fRows.size(), plain.fColumns.size()) - 1);
     EXPECT_NEAR(Compute(accum, 2).fValue, std::sqrt(x2 / (plain.fTotal * smaller)), 1e-12);

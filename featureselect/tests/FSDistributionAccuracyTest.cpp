@@ -124,7 +124,8 @@ TEST_P(FSDistributionAccuracy, AgreesWithBallArithmetic) {
 int gError = 0;
 
 // 1e-12 is what p-values are held to: the exponent of a far tail is near 700, and half a unit in
-// its last place, several times over, is a few 1e-13. Wider ones:
+// its last place, several times over, is a few 1e-13. The logarithms of tails reach 2e-13 next to
+// p = 1, where they are the lower tail. Wider ones:
 // - a and b below 1: the result is the complement of a series that ends with terms of 1e-15.
 // - quantiles: AS 91 stops at steps of 5e-7 of the value, below 5e-7 with its first value. AS 109
 //   stops at steps of 1e-10 whatever the size of x, and F and t quantiles divide by x or 1 - x.
@@ -135,6 +136,15 @@ const Subject kSubjects[] = {
      1000},
     {"FCdf", [](const Reference& r) { return FCdf(r.fX, r.fFirst, r.fSecond); }, 1e-12, 3000},
     {"TCdf", [](const Reference& r) { return TCdf(r.fX, r.fFirst); }, 1e-12, 500},
+    {"ChiSquareTail", [](const Reference& r) { return ChiSquareTail(r.fX, r.fFirst).fP; }, 1e-12,
+     300},
+    {"log ChiSquareTail", [](const Reference& r) { return ChiSquareTail(r.fX, r.fFirst).fLogP; },
+     1e-12, 400},
+    {"FTail", [](const Reference& r) { return FTail(r.fX, r.fFirst, r.fSecond).fP; }, 1e-12, 1000},
+    {"log FTail", [](const Reference& r) { return FTail(r.fX, r.fFirst, r.fSecond).fLogP; }, 1e-12,
+     1500},
+    {"TTail", [](const Reference& r) { return TTail(r.fX, r.fFirst).fP; }, 1e-12, 200},
+    {"log TTail", [](const Reference& r) { return TTail(r.fX, r.fFirst).fLogP; }, 1e-12, 300},
     {"IncompleteBeta",
      [](const Reference& r) { return IncompleteBeta(r.fX, r.fFirst, r.fSecond, gError); }, 1e-12,
      1000, "a and b below 1", 5e-11},
@@ -154,6 +164,10 @@ const Subject kSubjects[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Functions, FSDistributionAccuracy, testing::ValuesIn(kSubjects),
-                         [](const auto& subject) { return std::string(subject.param.fName); });
+                         [](const auto& subject) {
+                             std::string name = subject.param.fName;
+                             std::replace(name.begin(), name.end(), ' ', '_');
+                             return name;
+                         });
 
 }  // namespace

@@ -123,4 +123,46 @@ TEST(IncompleteGamma, EndsForParametersBeyondAllTables) {
     EXPECT_EQ(Gamma(1.0, 1e-300, true), 1.0);
 }
 
+TEST(UpperGammaTail, IsWholeUpToZeroAndGoneAtInfinity) {
+    for (const double x : {0.0, -3.0}) {
+        EXPECT_EQ(UpperGammaTail(x, 2.5).fP, 1.0);
+        EXPECT_EQ(UpperGammaTail(x, 2.5).fLogP, 0.0);
+    }
+    EXPECT_EQ(UpperGammaTail(kInfinity, 2.5).fP, 0.0);
+    EXPECT_EQ(UpperGammaTail(kInfinity, 2.5).fLogP, -kInfinity);
+}
+
+TEST(UpperGammaTail, IsTheUpperFunctionWhereThatIsExact) {
+    for (const double a : {0.25, 1.0, 3.7, 50.0, 1e4}) {
+        for (const double x : {0.2 * a, a, 1.01 * a, 1.3 * a, 0.9, 1.1}) {
+            const double p = Gamma(x, a, false);
+            EXPECT_NEAR(UpperGammaTail(x, a).fP / p, 1.0, 1e-12) << x << ", " << a;
+        }
+    }
+}
+
+TEST(UpperGammaTail, OfAWholeParameterIsAPoissonSum) {
+    // Q(3, x) = exp(-x) (1 + x + x^2 / 2)
+    for (const double x : {0.1, 1.0, 2.9, 3.1, 40.0, 1e3, 1e5}) {
+        const double expected = std::log1p(x + x * x / 2.0) - x;
+        EXPECT_NEAR(UpperGammaTail(x, 3.0).fLogP / expected, 1.0, 1e-13) << x;
+    }
+}
+
+TEST(UpperGammaTail, IsIntegratedWhereTheSeriesWouldBeTooLong) {
+    // Q(a, a) = 1/2 - 1 / (3 sqrt(2 pi a)) + O(a^-1.5), where the function itself is approximated.
+    for (const double a : {2e7, 1e9, 1e100}) {
+        const double expected = 0.5 - 1.0 / (3.0 * std::sqrt(2.0 * std::numbers::pi * a));
+        EXPECT_NEAR(UpperGammaTail(a, a).fP, expected, 3e-13) << a;
+    }
+}
+
+TEST(UpperGammaTail, IsIntegratedWhereTheFractionWouldOverflow) {
+    // log Q(a, x) is -x + (a - 1) log(x) - LogGamma(a), all but the first far below rounding.
+    for (const double x : {1e99, 1e101, 1e112, 1e300}) {
+        EXPECT_DOUBLE_EQ(UpperGammaTail(x, 3.0).fLogP, -x);
+        EXPECT_EQ(UpperGammaTail(x, 3.0).fP, 0.0);
+    }
+}
+
 }  // namespace

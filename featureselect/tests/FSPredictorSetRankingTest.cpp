@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cmath>
 
 #include "featureselect/tests/PredictorSetFixture.h"
 
@@ -108,6 +109,80 @@ TEST_F(FSPredictorSetRanking, EqualPredictorsKeepTheirIndexOrder) {
     }
 }
 
+TEST_F(FSPredictorSetRanking, TwentyFiveCopiesKeepTheOrderOfTheFile) {
+    // Copies of a column, as they are and with their categories named otherwise, between a stronger
+    // predictor and a weaker one.
+    constexpr int kCopies = 25;
+    fSettings = FSSettings(kCopies + 2, kCategorical, true);
+    Make();
+    Rows rows;
+    for (int row = 0; row < 60; ++row) {
+        const int target = row % 3;
+        std::vector<double> record{static_cast<double>(target), static_cast<double>(row / 30)};
+        const int copied = row % 7 == 0 ? row % 2 : target;
+        for (int copy = 0; copy < kCopies; ++copy) {
+            record.push_back(copy % 2 == 0 ? copied : (copied + copy) % 3 + 5);
+        }
+        record.push_back(row % 20 == 0 ? 0 : target);
+        rows.push_back(record);
+    }
+    EXPECT_TRUE(Read(rows).IsOk());
+    ComputeAndSort();
+    Indices expected{kCopies + 1};
+    for (std::int32_t copy = 1; copy <= kCopies; ++copy) expected.push_back(copy);
+    expected.push_back(0);
+    for (std::int32_t criterion = 0; criterion < 4; ++criterion) {
+        EXPECT_EQ(Best(criterion, 0), expected) << criterion;
+        for (std::size_t copy = 2; copy <= kCopies; ++copy) {
+            EXPECT_EQ(fpSet->GetCriterionValues(criterion)[copy],
+                      fpSet->GetCriterionValues(criterion)[1]);
+        }
+        ComputeAndSortBest(10);
+        EXPECT_EQ(Best(criterion, 0), Indices(expected.begin(), expected.begin() + 10));
+        ComputeAndSort();
+    }
+}
+
+TEST_F(FSPredictorSetRanking, PValuesTooSmallForADoubleAreOrderedAndHaveALogarithm) {
+    // Both tables have p-values below 1e-700; the second has more degrees of freedom.
+    fSettings = FSSettings(2, kCategorical, true);
+    fSettings.SetWeightPosition(1);
+    Make();
+    EXPECT_TRUE(Read({{0, 2000, 0, 0}, {1, 1000, 1, 1}, {1, 1000, 1, 2}}).IsOk());
+    ComputeAndSort();
+    EXPECT_EQ(fpSet->GetCriterionValues(0), (std::vector<double>{0.0, 0.0}));
+    EXPECT_EQ(Best(0, 0), (Indices{0, 1}));
+    double one = 0;
+    double two = 0;
+    EXPECT_TRUE(fpSet->GetPredictorLogP(0, 0, one));
+    EXPECT_TRUE(fpSet->GetPredictorLogP(0, 1, two));
+    // The chi-square of both is 4000. With two degrees of freedom the tail is exp(-2000); with one
+    // its logarithm is -2004.3733... (mpmath).
+    EXPECT_NEAR(two, -2000.0, 1e-10);
+    EXPECT_NEAR(one, -2004.3730660166381, 1e-10);
+}
+
+TEST_F(FSPredictorSetRanking, MeasuresAndDeletedPredictorsHaveNoLogarithm) {
+    ReadFourCategorical();
+    ComputeAndSort();
+    for (const std::int32_t criterion : {0, 1}) {
+        double p = 0, statistic = 0, df = 0, none = 0, logP = 0;
+        EXPECT_TRUE(fpSet->GetPredictorCriterion(criterion, 1, p, statistic, df, none));
+        EXPECT_TRUE(fpSet->GetPredictorLogP(criterion, 1, logP));
+        EXPECT_NEAR(logP, std::log(p), 1e-12);
+    }
+    for (const auto& [criterion, predictor] : std::vector<std::pair<int, int>>{
+             {2, 1}, {3, 1}, {4, 1}, {-1, 1}, {6, 1}, {0, -1}, {0, 4}}) {
+        double logP = 0;
+        EXPECT_FALSE(fpSet->GetPredictorLogP(criterion, predictor, logP));
+        EXPECT_EQ(logP, kMissing);
+    }
+    fpSet->Reset();
+    double logP = 0;
+    EXPECT_FALSE(fpSet->GetPredictorLogP(0, 1, logP));
+    EXPECT_EQ(logP, kMissing);
+}
+
 TEST_F(FSPredictorSetRanking, SortAllLeavesItsStateBehind) {
     ReadFourCategorical();
     EXPECT_TRUE(fpSet->ComputeCriteria().IsOk());
@@ -133,11 +208,8 @@ TEST_F(FSPredictorSetRanking, SortBestOrdersTheHeadAndRankBestRanksItAlone) {
     EXPECT_TRUE(fpSet->RankBest().IsOk());
     EXPECT_EQ(fpSet->GetState(), 7);
     const Indices& ranks = fpSet->GetRanks(0);
-    EXPECT_EQ(ranks[1], 0);
-    EXPECT_EQ(ranks[3], -1);
-    // Predictors 0 and 2 tie for the second place, and a partial sort may put either there.
-    EXPECT_EQ(ranks[0] + ranks[2], 0);
-    EXPECT_NE(ranks[0], ranks[2]);
+    // Predictors 0 and 2 tie for the second place, which goes to the first of them.
+    EXPECT_EQ(ranks, (Indices{1, 0, -1, -1}));
     EXPECT_EQ(Best(0, 0).size(), 2U);
 }
 

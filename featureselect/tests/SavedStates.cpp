@@ -1,12 +1,16 @@
 #include "featureselect/tests/SavedStates.h"
 
+#include <algorithm>
+#include <memory>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
+#include <vector>
 
 #include "featureselect/FSAccumKind.h"
 #include "featureselect/FSCancelState.h"
 #include "featureselect/FSFactory.h"
+#include "featureselect/FSPredOrder.h"
 #include "featureselect/FSPredictorSet.h"
 #include "featureselect/IOException.h"
 #include "host/Xml.h"
@@ -132,8 +136,13 @@ void Use(FSMapPiCnt& map, FSMapPiCnt& other) {
 }
 void Use(FSPredSort& record, FSPredSort& other) {
     for (std::int32_t criterion = 0; criterion < FSCriterion::kCount; ++criterion) {
-        Require(!record.GoesBefore(record, criterion), "goes before itself");
-        record.GoesBefore(other, criterion);
+        std::vector<std::unique_ptr<FSPredSort>> records;
+        for (const FSPredSort* one : {&record, &other, &record}) {
+            records.push_back(std::make_unique<FSPredSort>(*one));
+        }
+        FSPredOrder::Sort(records, criterion, records.size());
+        const auto unused = std::count(records.begin(), records.end(), nullptr);
+        Require(records.size() == 3 && unused == 0, "lost in the order");
     }
 }
 void Use(FSSettings& settings, FSSettings& other) {

@@ -1,7 +1,9 @@
 #include "naivebayes/data/NBBinningEncoder.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <limits>
+#include <numeric>
 #include <ostream>
 #include <utility>
 
@@ -12,6 +14,19 @@
 #include "naivebayes/data/NBNumericUserMissing.h"
 #include "persistence/BinaryArchive.h"
 #include "persistence/XMLArchive.h"
+
+namespace {
+
+// Cutpoints that close bins at the ends. No number lies beyond them: infinities do not either.
+constexpr double kBelowAll = std::numeric_limits<double>::lowest();
+constexpr double kAboveAll = std::numeric_limits<double>::max();
+
+/// Whether the value is at the cutpoint or below it.
+bool HoldsUpTo(double cutpoint, double value) {
+    return cutpoint > kBelowAll && std::min(value, kAboveAll) <= cutpoint;
+}
+
+}  // namespace
 
 NBBinningEncoder::NBBinningEncoder(std::vector<double> cutpoints) {
     SetCutpoints(std::move(cutpoints));
@@ -36,21 +51,17 @@ double NBBinningEncoder::Encode(double value) const {
     // Without cutpoints there are two codes all the same. Intended: see
     // WithoutCutpointsTheSignDecides.
     if (fvCutpoints.empty()) return value >= 0.0 ? 1.0 : 0.0;
-    std::int32_t low = 0;
-    std::int32_t high = static_cast<std::int32_t>(fvCutpoints.size()) - 1;
-    std::int32_t mid = 0;
-    double cutpoint = 0.0;
-    while (low <= high) {
-        mid = (low + high) / 2;
-        cutpoint = fvCutpoints[static_cast<std::size_t>(mid)];
-        if (cutpoint == value) return mid;
-        if (cutpoint > value) {
-            high = mid - 1;
-        } else {
-            low = mid + 1;
-        }
-    }
-    return cutpoint > value ? mid : mid + 1;
+    const auto bin =
+        std::partition_point(fvCutpoints.begin(), fvCutpoints.end(),
+                             [value](double cutpoint) { return !HoldsUpTo(cutpoint, value); });
+    return static_cast<double>(bin - fvCutpoints.begin());
+}
+
+bool NBBinningEncoder::IsReachable(std::size_t bin) const {
+    if (fvCutpoints.empty()) return bin < 2;
+    const double above = bin == 0 ? kBelowAll : std::max(fvCutpoints[bin - 1], kBelowAll);
+    const double upTo = bin < fvCutpoints.size() ? fvCutpoints[bin] : kAboveAll;
+    return above < kAboveAll && above < upTo;
 }
 
 std::unique_ptr<NBBinningEncoder> NBBinningEncoder::MakeCollapsedCopy(
@@ -73,15 +84,15 @@ std::unique_ptr<NBBinningEncoder> NBBinningEncoder::MakeCollapsedCopy(
 
     const std::size_t first = nextFilled(0);
     if (first == numRows) return copy;
-    close(0, first, std::numeric_limits<double>::lowest());
+    close(0, first, kBelowAll);
     std::size_t before = first;  // the last filled bin so far
     for (std::size_t next = nextFilled(before + 1); next < numRows; next = nextFilled(before + 1)) {
         if (next > before + 1) {
-            close(before, next, (fvCutpoints[next - 1] + fvCutpoints[before]) * 0.5);
+            close(before, next, std::midpoint(fvCutpoints[before], fvCutpoints[next - 1]));
         }
         before = next;
     }
-    close(before, numRows - 1, std::numeric_limits<double>::max());
+    close(before, numRows - 1, kAboveAll);
     return copy;
 }
 

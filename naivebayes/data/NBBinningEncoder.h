@@ -2,6 +2,7 @@
 #define PREDSEL_NAIVEBAYES_DATA_NBBINNINGENCODER_H
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <iosfwd>
 #include <memory>
@@ -16,8 +17,9 @@ class NBNumericUserMissing;
 class NBayesInputBase;
 
 /// Sorts numbers into bins. Bin k holds the values above cutpoint k-1 up to and including cutpoint
-/// k; the outermost bins are open, so no value is refused.
-class NBBinningEncoder : public INBEncoder {
+/// k; the outermost bins are open, so no value is refused. Where cutpoints coincide, the bins
+/// between them hold nothing: a value on them belongs to the lowest.
+class NBBinningEncoder final : public INBEncoder {
  public:
     /// No bins.
     NBBinningEncoder() = default;
@@ -26,8 +28,11 @@ class NBBinningEncoder : public INBEncoder {
     /// Bins of equal width (max - min) / numBins. Below 2 bins there is no cutpoint.
     NBBinningEncoder(double min, double max, std::int32_t numBins);
 
-    /// kMissingCode for a missing value, else the bin.
+    /// kMissingCode for a missing value, else the bin: the lowest whose cutpoint is at or above the
+    /// value. An infinity falls where the outermost finite number does.
     double Encode(double value) const;
+    /// Whether any number falls into the bin. REQUIRES: bin is at most the number of cutpoints.
+    bool IsReachable(std::size_t bin) const;
     const std::vector<double>& GetCutpoints() const { return fvCutpoints; }
     /// As the constructor.
     void SetCutpoints(std::vector<double> cutpoints);

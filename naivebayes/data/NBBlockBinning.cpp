@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <limits>
 
 #include "host/Records.h"
 #include "naivebayes/data/NBBinningEncoder.h"
@@ -18,25 +19,25 @@ constexpr std::size_t kPiece = 256;
 
 NBBlockBinning::NBBlockBinning(const NBBinningEncoder* encoder) : fpEncoder(encoder) {
     if (encoder == nullptr) return;
-    fvCutpoints = encoder->GetCutpoints();
+    const std::vector<double>& cutpoints = encoder->GetCutpoints();
     // Without cutpoints there are two bins all the same.
-    fEntryEnd = static_cast<std::uint32_t>(std::max<std::size_t>(fvCutpoints.size(), 1)) + 2;
-    fbByCounting = !fvCutpoints.empty() && fvCutpoints.size() <= kMostCounted &&
-                   encoder->GetUserMissing() == nullptr &&
-                   std::is_sorted(fvCutpoints.begin(), fvCutpoints.end()) &&
-                   std::none_of(fvCutpoints.begin(), fvCutpoints.end(),
-                                [](double cutpoint) { return std::isnan(cutpoint); });
+    fEntryEnd = static_cast<std::uint32_t>(std::max<std::size_t>(cutpoints.size(), 1)) + 2;
+    fbByCounting =
+        !cutpoints.empty() && cutpoints.size() <= kMostCounted &&
+        encoder->GetUserMissing() == nullptr &&
+        std::is_sorted(cutpoints.begin(), cutpoints.end()) &&
+        std::none_of(cutpoints.begin(), cutpoints.end(), [](double c) { return std::isnan(c); });
     if (!fbByCounting) return;
-    // Of several equal cutpoints the search meets the middle one first.
-    bool exceptions = false;
-    for (const double cutpoint : fvCutpoints) {
-        const double code = encoder->Encode(cutpoint);
-        const auto below = std::lower_bound(fvCutpoints.begin(), fvCutpoints.end(), cutpoint) -
-                           fvCutpoints.begin();
-        exceptions = exceptions || code != static_cast<double>(below);
-        fvEqual.push_back(static_cast<std::uint32_t>(code + 1.0));
+    for (const double cutpoint : cutpoints) {
+        // Cutpoints that close bins at the ends have infinities on their inner side too.
+        if (cutpoint <= std::numeric_limits<double>::lowest()) {
+            fFirstEntry += 1.0;
+        } else if (cutpoint >= std::numeric_limits<double>::max()) {
+            fvCutpoints.push_back(std::numeric_limits<double>::infinity());
+        } else {
+            fvCutpoints.push_back(cutpoint);
+        }
     }
-    if (!exceptions) fvEqual.clear();
 }
 
 template <class Entry>
@@ -63,16 +64,10 @@ void NBBlockBinning::EncodeByCounting(std::span<const double> values, std::uint3
         const std::size_t count = std::min(kPiece, values.size() - first);
         const double* const piece = values.data() + first;
         // Counted in doubles: as wide as what they are counted from.
-        for (std::size_t i = 0; i < count; ++i) entries[i] = 1.0;
+        for (std::size_t i = 0; i < count; ++i) entries[i] = fFirstEntry;
         for (const double cutpoint : fvCutpoints) {
             for (std::size_t i = 0; i < count; ++i) {
                 entries[i] += piece[i] <= cutpoint ? 0.0 : 1.0;
-            }
-        }
-        for (std::size_t i = 0; !fvEqual.empty() && i < count; ++i) {
-            const auto below = static_cast<std::size_t>(entries[i]) - 1;
-            if (below < fvCutpoints.size() && fvCutpoints[below] == piece[i]) {
-                entries[i] = fvEqual[below];
             }
         }
         for (std::size_t i = 0; i < count; ++i) {

@@ -28,9 +28,9 @@ class NBBlockBinning {
     const NBBinningEncoder* fpEncoder;
     std::uint32_t fEntryEnd = 1;
     bool fbByCounting = false;  // an entry follows from how many cutpoints are below the value
+    // Each of these cutpoints below a value adds one to the first entry.
+    double fFirstEntry = 1.0;
     std::vector<double> fvCutpoints;
-    // By cutpoint, the entry of a value that is equal to it; empty where that is no exception.
-    std::vector<std::uint32_t> fvEqual;
 };
 
 #endif  // PREDSEL_NAIVEBAYES_DATA_NBBLOCKBINNING_H

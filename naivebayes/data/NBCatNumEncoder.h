@@ -17,7 +17,7 @@
 #include "persistence/Fields.h"
 
 /// Numeric categories, told apart exactly.
-class NBCatNumEncoder : public NBCategoryEncoder {
+class NBCatNumEncoder final : public NBCategoryEncoder {
  public:
     /// Empty. reserve: categories to make room for.
     explicit NBCatNumEncoder(std::int32_t reserve);

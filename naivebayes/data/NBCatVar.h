@@ -16,7 +16,7 @@
 
 /// A categorical variable: the target or a predictor. Its user-missing definition is kept by its
 /// encoder.
-class NBCatVar : public INBVariable {
+class NBCatVar final : public INBVariable {
  public:
     /// The encoder decides the measure level. numCategories may be more than it has codes: the
     /// others are met later, or values aren't asked for.

@@ -19,7 +19,7 @@
 
 /// A continuous predictor. It gets its encoder, the bins, from cutpoints, from a range and a number
 /// of bins, or later by MakeBinningEncoder.
-class NBContVar : public INBVariable {
+class NBContVar final : public INBVariable {
  public:
     /// cutpoints: strictly ascending. The range reaches one interval beyond them on each side, 50
     /// around a single one. Without cutpoints there is no range and the variable counts as

@@ -13,7 +13,7 @@
 class NBNumericUserMissing;
 
 /// Cleans frequency weights: what comes out is above 0 or missing.
-class NBRoundEncoder : public INBEncoder {
+class NBRoundEncoder final : public INBEncoder {
  public:
     /// Options. Any other number leaves the value as it is, too.
     static constexpr std::int32_t kTruncate = 0;

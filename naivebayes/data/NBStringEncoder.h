@@ -18,7 +18,7 @@
 #include "persistence/Fields.h"
 
 /// String categories, told apart byte by byte; the empty string is one like any other.
-class NBStringEncoder : public NBCategoryEncoder {
+class NBStringEncoder final : public NBCategoryEncoder {
  public:
     /// Empty. reserve: categories to make room for.
     explicit NBStringEncoder(std::int32_t reserve);

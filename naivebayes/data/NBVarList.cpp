@@ -351,15 +351,6 @@ void NBVarList::Clear() {
     fTargetIndex = -1;
 }
 
-bool NBVarList::HoldsTogether() const {
-    const auto numContinuous =
-        std::count_if(fvpVars.begin(), fvpVars.end(), [](const auto& variable) {
-            return variable->GetMeasureLevel() == NBMeasureLevel::kContinuous;
-        });
-    return fNumContVars == numContinuous && fNumCatVars == GetNumVariables() - fNumContVars &&
-           (fTargetIndex == -1 || IsInRange(fTargetIndex));
-}
-
 std::int64_t NBVarList::SaveBinary(std::ostream& stream) const {
     return Persistence::SaveBinary(*this, stream);
 }

@@ -138,8 +138,6 @@ class NBVarList {
     /// for any other index.
     std::unique_ptr<NBNumericUserMissing> CopyNumericMissing(std::int32_t index) const;
     void Clear();
-    /// Whether what was restored agrees with itself.
-    bool HoldsTogether() const;
 
     std::vector<std::unique_ptr<INBVariable>> fvpVars;
     std::int32_t fNumContVars = 0;

@@ -24,7 +24,7 @@ struct NBVarList::Variables {
     static void Fields(Self&& self, Archive& archive) {
         if constexpr (Archive::kRestores) {
             self.fList.Clear();
-            Restore(self.fList.fvpVars, archive);
+            Restore(self.fList, archive);
         } else {
             Save(self.fList.fvpVars, archive);
         }
@@ -47,8 +47,9 @@ struct NBVarList::Variables {
         }
     }
 
+    /// The list agrees with itself after each variable: it can be used where the next one fails.
     template <class Archive>
-    static void Restore(std::vector<std::unique_ptr<INBVariable>>& variables, Archive& archive) {
+    static void Restore(NBVarList& list, Archive& archive) {
         std::int32_t count = 0;
         archive.Items(count);
         archive.Require(count >= 0);
@@ -56,30 +57,32 @@ struct NBVarList::Variables {
             std::int32_t level = 0;
             archive.Items(level);
             if (level == NBMeasureLevel::kContinuous) {
-                RestoreOne(std::make_unique<NBContVar>(" ", " ", -1.0, 1.0, -1, NBRole::kInput),
-                           variables, archive);
+                auto variable =
+                    std::make_unique<NBContVar>(" ", " ", -1.0, 1.0, -1, NBRole::kInput);
+                archive.Items(*variable);
+                list.AppendContinuous(std::move(variable));
             } else {
                 // A weight as well: its own tag then fails the restore.
-                RestoreOne(std::make_unique<NBCatVar>(" ", " ", NBRole::kInput, 0,
-                                                      std::make_unique<NBStringEncoder>(0)),
-                           variables, archive);
+                auto variable = std::make_unique<NBCatVar>(" ", " ", NBRole::kInput, 0,
+                                                           std::make_unique<NBStringEncoder>(0));
+                archive.Items(*variable);
+                list.AppendCategorical(std::move(variable));
             }
         }
-    }
-
-    template <class Variable, class Archive>
-    static void RestoreOne(std::unique_ptr<Variable> variable,
-                           std::vector<std::unique_ptr<INBVariable>>& variables, Archive& archive) {
-        archive.Items(*variable);
-        variables.push_back(std::move(variable));
     }
 };
 
 template <class Self, class Archive>
 void NBVarList::Fields(Self&& self, Archive& archive) {
-    archive(kSaved, Variables<std::remove_reference_t<Self>>{self}, self.fNumContVars,
-            self.fNumCatVars, self.fTargetIndex,
-            Persistence::Check{[&self] { return self.HoldsTogether(); }});
+    std::int32_t numContVars = self.fNumContVars;
+    std::int32_t numCatVars = self.fNumCatVars;
+    std::int32_t targetIndex = self.fTargetIndex;
+    archive(kSaved, Variables<std::remove_reference_t<Self>>{self}, numContVars, numCatVars,
+            targetIndex, Persistence::Check{[&] {
+                return numContVars == self.fNumContVars && numCatVars == self.fNumCatVars &&
+                       (targetIndex == -1 || self.IsInRange(targetIndex));
+            }});
+    if constexpr (Archive::kRestores) self.fTargetIndex = targetIndex;
 }
 
 #endif  // PREDSEL_NAIVEBAYES_DATA_NBVARLISTFIELDS_H

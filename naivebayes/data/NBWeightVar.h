@@ -14,7 +14,7 @@
 #include "persistence/Fields.h"
 
 /// The frequency weight. Its role and its measure level never change.
-class NBWeightVar : public INBVariable {
+class NBWeightVar final : public INBVariable {
  public:
     /// roundOption: see NBRoundEncoder.
     NBWeightVar(std::string name, std::string label, std::int32_t roundOption);

@@ -314,6 +314,13 @@ INSTANTIATE_TEST_SUITE_P(
         Bins{"EmptyLastBinOnly", {1, 2, 3}, {2, 3, 4, 0}, "1 2", "1 2", "0 1 2"},
         Bins{"EmptyAtBothEndsAndBetween", {1, 2, 3, 4}, {0, 2, 0, 3, 0}, "2.5", "2.5", "0 1"},
         Bins{"EveryOtherBin", {1, 2, 3, 4}, {1, 0, 1, 0, 1}, "1.5 3.5", "1.5 3.5", "0 1 2"},
+        // Of a model that was trained when a shared cutpoint belonged to a bin between them.
+        Bins{"AFilledBinBetweenEqualCutpoints",
+             {4, 4, 4, 9},
+             {1, 1, 0, 1, 2},
+             "4 4 9",
+             "4 4 9",
+             "0 1 2 3"},
         Bins{"TwoBins", {5}, {1, 1}, "5", "5", "0 1"}),
     [](const auto& bins) { return std::string(bins.param.fName); });
 

@@ -47,19 +47,20 @@ struct Scored {
         }
     }
     void AddRecords(double factor) {
+        fFactor = factor;
         for (const MCCommon::Record& record : fTrained.fRecords.fvRecords) {
-            fRecords.Add(record, fPositions,
-                         factor * (fTrained.fData.fbWeighted ? record[1] : 1.0));
+            fRecords.Add(record, fPositions, fTrained.fData.fbWeighted ? record[1] : 1.0);
         }
         fRecords.Arrange();
     }
     void AddBlocks(double factor, std::int32_t rows) {
+        fFactor = factor;
         std::vector<std::int32_t> columns{fTrained.fData.fNumTargets};
         if (fTrained.fData.fbWeighted) columns.push_back(-1);
         for (const std::int32_t count : fTrained.fData.NumCategories()) columns.push_back(count);
         BlockRecords source(fTrained.fRecords.fvRecords, columns, rows);
         while (const MCCommon::RecordBlock* block = source.NextBlock(rows)) {
-            fRecords.Add(*block, fPositions, fTrained.fData.fbWeighted ? 1 : -1, factor);
+            fRecords.Add(*block, fPositions, fTrained.fData.fbWeighted ? 1 : -1);
         }
         fRecords.Arrange();
     }
@@ -67,8 +68,17 @@ struct Scored {
         fRecords.Restart();
         for (const std::int32_t table : selected) fRecords.Join(table);
         std::vector<double> scores;
-        fRecords.Score(selected, candidates, scores);
+        fRecords.Score(selected, candidates, fFactor, scores);
         return scores;
+    }
+    /// Sums of logarithms, of the subset that was joined last.
+    std::vector<double> ExactSums(const Tables& selected, const Tables& candidates,
+                                  bool byTarget) const {
+        std::vector<NBExactSum> sums;
+        fRecords.ScoreExactly(selected, candidates, byTarget, sums);
+        std::vector<double> values;
+        for (const NBExactSum& sum : sums) values.push_back(sum.GetValue() * NBGridLog::kUnit);
+        return values;
     }
 
     const TrainedTables& fTrained;
@@ -76,6 +86,7 @@ struct Scored {
     NBSubsetModel fModel;
     NBSubsetRecords fRecords;
     std::vector<std::int32_t> fPositions;
+    double fFactor = 1.0;
 };
 
 /// To 12 digits, or the same infinity or no number. rounding: what the sums for single records
@@ -137,10 +148,16 @@ TEST_P(NBSubsetRecordsTest, ScoreAsThePlainForm) {
         std::shuffle(selected.begin(), selected.end(), random);
         ExpectEqualScores(alone.Scores(selected, candidates), plain, rounding);
         if (candidates.empty()) continue;
-        // Trying is joining.
-        scored.fRecords.Join(candidates.front());
-        selected.push_back(candidates.front());
-        ExpectEqualScores({scored.fRecords.Score(selected)}, {scores.front()}, rounding);
+        // Trying is joining, to the bit.
+        for (const bool byTarget : {false, true}) {
+            scored.Scores(selected, {});
+            const std::vector<double> tried =
+                scored.ExactSums(selected, {candidates.front()}, byTarget);
+            Tables joined = selected;
+            joined.push_back(candidates.front());
+            scored.fRecords.Join(candidates.front());
+            EXPECT_EQ(scored.ExactSums(joined, {NBSubsetRecords::kNone}, byTarget), tried);
+        }
     }
 }
 
@@ -263,22 +280,103 @@ TEST(NBSubsetRecordsUnderflow, WhatWasLetGoIsNeverMissed) {
     }
 }
 
-TEST_P(NBSubsetRecordsTest, SumInTheOrderOfTheRecordsAsThePlainFormDoes) {
+/// Sums of weight * logarithm in long doubles, from the counts; by target those of 1 / posterior.
+std::vector<double> LongSums(const TrainedTables& trained, const Tables& selected,
+                             const Tables& candidates, bool byTarget) {
+    const SearchOracle::Model oracle = trained.fData.Oracle();
+    std::vector<double> sums;
+    for (const std::int32_t candidate : candidates) {
+        Tables subset = selected;
+        subset.push_back(candidate);
+        long double sum = 0.0L;
+        for (const SearchOracle::Row& row : trained.fData.fRows) {
+            const auto target = static_cast<std::size_t>(row.fTarget);
+            sum += row.fWeight * (oracle.LogMarginal(row, subset) -
+                                  (byTarget ? oracle.LogJoint(row, subset, target) : 0.0L));
+        }
+        sums.push_back(static_cast<double>(sum));
+    }
+    return sums;
+}
+
+TEST_P(NBSubsetRecordsTest, ExactSumsAreThoseOfTheCounts) {
     const auto seed = testsupport::RandomSeed();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
     for (int trial = 0; trial < 10; ++trial) {
         const auto numRows = static_cast<std::int32_t>(2 + random() % 3000);
         const TrainedTables trained(RandomSearchData(random, numRows, 7, GetParam()));
+        double weight = 0.0;
+        for (const SearchOracle::Row& row : trained.fData.fRows) weight += row.fWeight;
         Scored scored(trained);
-        scored.AddRecords(-0.001);
-        std::vector<double> scores;
-        scored.fRecords.ScoreInOrder({0, 3}, {1, 2, 6}, scores);
-        EXPECT_EQ(scores, PlainScores(trained, {0, 3}, {1, 2, 6}, -0.001));
+        scored.AddRecords(-1.0);
+        scored.Scores({3, 0}, {});
+        for (const bool byTarget : {false, true}) {
+            const std::vector<double> sums = scored.ExactSums({0, 3}, {1, 2, 6}, byTarget);
+            const std::vector<double> expected = LongSums(trained, {0, 3}, {1, 2, 6}, byTarget);
+            // The grid, and what long doubles leave.
+            for (std::size_t c = 0; c < 3; ++c) {
+                EXPECT_NEAR(sums[c], expected[c], weight * NBGridLog::kUnit + 1e-15 * std::abs(expected[c]));
+            }
+        }
     }
 }
 
-TEST_P(NBSubsetRecordsTest, SumInTheOrderOfTheRecordsWhoeverTakesTheLogarithms) {
+TEST_P(NBSubsetRecordsTest, ExactSumsKnowNoOrderOfTheRecords) {
+    const auto seed = testsupport::RandomSeed();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    for (int trial = 0; trial < 10; ++trial) {
+        const auto numRows = static_cast<std::int32_t>(2 + random() % 3000);
+        TrainedTables trained(RandomSearchData(random, numRows, 7, GetParam()));
+        Scored scored(trained);
+        scored.AddRecords(-1.0);
+        const auto sums = [](Scored& of, bool byTarget) {
+            of.Scores({0, 3}, {});
+            return of.ExactSums({0, 3}, {1, 2, 6}, byTarget);
+        };
+        const std::vector<double> expected = sums(scored, true);
+        const std::vector<double> expectedWithout = sums(scored, false);
+        std::shuffle(trained.fRecords.fvRecords.begin(), trained.fRecords.fvRecords.end(), random);
+        BackwardExecutor executor;
+        Scored shuffled(trained, &executor);
+        shuffled.AddBlocks(-1.0, 333);
+        EXPECT_EQ(sums(shuffled, true), expected);
+        EXPECT_EQ(sums(shuffled, false), expectedWithout);
+    }
+}
+
+TEST_P(NBSubsetRecordsTest, QuickScoresKeepWithinTheirBound) {
+    const auto seed = testsupport::RandomSeed();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    for (int trial = 0; trial < 20; ++trial) {
+        const auto numRows = static_cast<std::int32_t>(2 + random() % 6000);
+        const TrainedTables trained(RandomSearchData(random, numRows, 12, GetParam()));
+        Scored scored(trained);
+        scored.AddRecords(-1.0 / numRows);
+        Tables selected;
+        for (std::int32_t table = 0; table < 11; ++table) {
+            const std::vector<double> quick = scored.Scores(selected, {table, 11});
+            const std::vector<double> exact = scored.ExactSums(selected, {table, 11}, false);
+            for (std::size_t c = 0; c < 2; ++c) {
+                // Beside the grid of the exact ones.
+                const double error =
+                    scored.fRecords.ScoreError(selected.size(), scored.fFactor, quick[c]);
+                double weight = 0.0;
+                for (const SearchOracle::Row& row : trained.fData.fRows) weight += row.fWeight;
+                const double mean = scored.fFactor * exact[c];
+                EXPECT_LE(std::abs(quick[c] - mean),
+                          error + weight / numRows * NBGridLog::kUnit + 0x1p-52 * std::abs(mean));
+                // Nor is it a bound that leaves all candidates in.
+                EXPECT_LT(error, 1e-11 * (1.0 + std::abs(mean)) * (1.0 + weight / numRows));
+            }
+            selected.push_back(table);
+        }
+    }
+}
+
+TEST_P(NBSubsetRecordsTest, ExactSumsAreTheSameWhoeverTakesTheLogarithms) {
     const auto seed = testsupport::RandomSeed();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
@@ -286,19 +384,56 @@ TEST_P(NBSubsetRecordsTest, SumInTheOrderOfTheRecordsWhoeverTakesTheLogarithms) 
     BackwardExecutor executor;
     Scored scored(trained, &executor);
     scored.AddRecords(-1e-4);
+    Scored alone(trained);
+    alone.AddRecords(-1e-4);
+    scored.Scores({4}, {});
+    alone.Scores({4}, {});
     Tables candidates;
     for (std::int32_t c = 0; c < 40; ++c) candidates.push_back(c % 4);
-    std::vector<double> scores;
-    scored.fRecords.ScoreInOrder({4}, candidates, scores);
-    EXPECT_GT(executor.fNumRuns, 2);
-    EXPECT_EQ(scores, PlainScores(trained, {4}, candidates, -1e-4));
-
     executor.fNumRuns = 0;
-    StopAfter processor(2);
+    EXPECT_EQ(scored.ExactSums({4}, candidates, true), alone.ExactSums({4}, candidates, true));
+    EXPECT_GT(executor.fNumRuns, 0);
+
+    StopAfter processor(1);
     scored.fInterrupt.fpStopProcessor = &processor;
-    scored.fRecords.ScoreInOrder({4}, candidates, scores);
+    executor.fNumRuns = 0;
+    for (std::int32_t c = 0; c < 600; ++c) candidates.push_back(c % 4);
+    scored.ExactSums({4}, candidates, true);
     EXPECT_TRUE(scored.fInterrupt.fStopped);
-    EXPECT_EQ(executor.fNumRuns, 2);
+    EXPECT_EQ(executor.fNumRuns, 1);
+}
+
+// A record near underflow, and one of which a number was let go, are scored from their codes; the
+// sums are the same where both forms can be had.
+TEST(NBSubsetRecordsUnderflow, ExactSumsFromCodesAreThoseFromProducts) {
+    const auto seed = testsupport::RandomSeed();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    SearchData data;
+    data.fNumTargets = 3;
+    data.fbWeighted = true;
+    data.fPredictors.assign(90, {2, 2});
+    for (std::int32_t i = 0; i < 60; ++i) {
+        const auto target = static_cast<std::int32_t>(random() % 3);
+        data.fRows.push_back({target, 1e5, {}});
+        for (int j = 0; j < 90; ++j) data.fRows.back().fCodes.push_back(target % 2);
+    }
+    TrainedTables trained(data);
+    // Of one target as far as it goes; the numbers of the others fall behind by 2^-1000.
+    Tables selected;
+    for (std::int32_t table = 0; table < 89; ++table) {
+        Scored scored(trained);
+        scored.AddRecords(-1.0);
+        scored.Scores(selected, {});
+        const Tables subset = selected;
+        for (const bool byTarget : {false, true}) {
+            const std::vector<double> sums = scored.ExactSums(subset, {table}, byTarget);
+            const std::vector<double> expected = LongSums(trained, subset, {table}, byTarget);
+            EXPECT_NEAR(sums[0], expected[0], 1e-15 * std::abs(expected[0]) + 1e-15 * 6e6)
+                << table;
+        }
+        selected.push_back(table);
+    }
 }
 
 TEST_P(NBSubsetRecordsTest, ScoreTheSameInManyRounds) {

@@ -9,7 +9,7 @@ import sys
 import pyarrow.parquet
 import pytest
 
-WORKLOADS = ("W1", "W4", "W5", "W6")
+WORKLOADS = ("W1", "W4", "W5", "W6", "W7")
 
 
 @pytest.fixture(scope="module")
@@ -78,6 +78,88 @@ def test_a_statistic_that_differs_is_found(root, output, tmp_path, column):
     assert check(root, "screen", output / "runs" / "screen.json", peer).returncode == 0
     done = check(root, "screen", output / "runs" / "screen.json", wrong)
     assert done.returncode == 1 and cells[0] in done.stdout
+
+
+@pytest.mark.parametrize(
+    ("predictor", "column"),
+    [("c0000", "statistic"), ("c0000", "df2"), ("x0000", "statistic"), ("x0000", "correlation"), ("x0000", "p")],
+)
+def test_a_statistic_for_a_number_as_target_that_differs_is_found(root, output, tmp_path, predictor, column):
+    peer = output / "runs" / "numeric.numpy.csv"
+    lines = peer.read_text().splitlines()
+    at = lines[0].split(",").index(column)
+    row = next(i for i, line in enumerate(lines) if line.startswith(f"{predictor},"))
+    cells = lines[row].split(",")
+    cells[at] = str(int(cells[at]) + 1) if column == "df2" else repr(float(cells[at]) * (1 + 1e-6))
+    lines[row] = ",".join(cells)
+    wrong = tmp_path / "wrong.csv"
+    wrong.write_text("\n".join(lines) + "\n")
+    assert check(root, "screen", output / "runs" / "numeric.json", peer).returncode == 0
+    done = check(root, "screen", output / "runs" / "numeric.json", wrong)
+    assert done.returncode == 1 and predictor in done.stdout
+
+
+def test_a_number_as_target_stands_beside_the_predictors_of_its_twin(output):
+    folder = next((output / "data").glob("*"))
+    classes, numbers = (pyarrow.parquet.read_table(folder / f"{name}.parquet") for name in ("W1", "W7"))
+    assert numbers.drop_columns("y").equals(classes.drop_columns("y"))
+    y = numbers["y"].to_numpy()
+    by_class = {name: y[classes["y"].to_numpy() == name].mean() for name in ("low", "mid", "high")}
+    assert by_class["low"] < by_class["mid"] < by_class["high"]
+    significant = [
+        float(line.split(",")[5]) < 1e-3
+        for line in (output / "runs" / "numeric.numpy.csv").read_text().splitlines()[1:]
+    ]
+    assert 10 < sum(significant) < len(significant) - 10
+
+
+@pytest.fixture(scope="module")
+def other_build(program, tmp_path_factory):
+    """The program, slower to start."""
+    slow = tmp_path_factory.mktemp("other") / "predselect"
+    slow.write_text(f'#!/bin/sh\n[ "$1" = --version ] && exec echo slow 1\nsleep 0.3\nexec {program.path} "$@"\n')
+    slow.chmod(0o755)
+    return slow
+
+
+def test_another_build_runs_beside_the_program(program, root, output, other_build, tmp_path):
+    shutil.copytree(output / "data", tmp_path / "data")
+    done = subprocess.run(
+        [sys.executable, root / "bench" / "run.py", "W5", "W7", "--runs", "3", "--scale", "0.002", "--peers", "numba",
+         "--program", program.path, "--against", other_build, "--output", tmp_path],
+        capture_output=True, text=True,
+    )  # fmt: skip
+    assert done.returncode == 0, done.stdout + done.stderr
+    assert "The other build: slow 1." in done.stdout
+    assert "predselect to the other build: time 0." in done.stdout
+    results = json.loads((tmp_path / "results.json").read_text())
+    for section in results["sections"]:
+        (ratio,) = section["against"]
+        walls = {
+            c["kind"]: sorted(m["wall"] for m in c["measurements"])
+            for c in section["commands"]
+            if c["kind"] in ("program", "against")
+        }
+        assert len(walls["against"]) == 3
+        assert ratio["wall"] == walls["program"][1] / walls["against"][1]
+        assert 0 < ratio["lowest"] <= ratio["wall"] <= ratio["highest"] < 1
+    # Its files are its own: peers are compared with the program's.
+    runs = tmp_path / "runs"
+    assert (runs / "other-build.scored.parquet").stat().st_size == (runs / "scored.parquet").stat().st_size
+    assert (runs / "other-build.numeric.json").exists() and (runs / "numeric.json").exists()
+
+
+@pytest.mark.parametrize(
+    ("options", "said"),
+    [(["--runs", "2"], "at least 3 runs"), (["--program", "nowhere"], "there is no program nowhere")],
+)
+def test_another_build_needs_rounds_and_programs(program, root, tmp_path, options, said):
+    done = subprocess.run(
+        [sys.executable, root / "bench" / "run.py", "W6", "--program", program.path, "--against", program.path,
+         "--output", tmp_path, *options],
+        capture_output=True, text=True,
+    )  # fmt: skip
+    assert done.returncode == 2 and said in done.stderr
 
 
 @pytest.mark.parametrize(("digits", "agrees"), [(0.3, True), (3.0, False)])

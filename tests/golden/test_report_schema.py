@@ -70,9 +70,39 @@ def spoilt(report):
         change("more than is known", lambda c, r: cell(c).update(colour="red")),
         change("keys missing", lambda c, r: cell(c).pop("keys")),
         change("picture of another kind", lambda c, r: c["charts"][0].update(svg="<img/>")),
+        change("logarithm of a count", lambda c, r: cell(c).update(lnP=-1.5)),
+        change("logarithm of no probability", lambda c, r: probability(c, lnP=0.5)),
+        change("logarithm as text", lambda c, r: probability(c, lnP="-1.5")),
+        change("null without its reason", lambda c, r: probability(c, lnP=None)),
+        change("a zero of some size", lambda c, r: probability(c, lnP=None, exactZero=True, value=0.5)),
+        change("a zero with a logarithm", lambda c, r: probability(c, lnP=-1.5, exactZero=True)),
+        change("a zero that is none", lambda c, r: probability(c, lnP=None, exactZero=False, value=0)),
+        change("a zero without a logarithm", lambda c, r: probability(c, without="lnP", exactZero=True)),
+        change("logarithm without a value", lambda c, r: probability(c, lnP=-1.5, value=None)),
     ]
 
 
-@pytest.mark.parametrize("report", spoilt(load(Path(__file__).parent / "reports/churn/report.json")))
+def probability(command, without=None, **changes):
+    """Changes the first significance of the command's tables."""
+    cells = [cell for table in command["tables"] for cell in table["cells"]]
+    found = next(cell for cell in cells if cell["format"] == "significance")
+    found.update(changes)
+    found.pop(without, None)
+
+
+CHURN = load(Path(__file__).parent / "reports/churn/report.json")
+
+
+@pytest.mark.parametrize("report", spoilt(CHURN))
 def test_the_schema_refuses(report, validator):
     assert not validator.is_valid(report)
+
+
+@pytest.mark.parametrize(
+    "changes",
+    [{"lnP": -1.5}, {"lnP": 0}, {"lnP": -5000.25, "value": 0}, {"lnP": None, "exactZero": True, "value": 0}],
+)
+def test_the_schema_allows_logarithms_of_probabilities(changes, validator):
+    report = copy.deepcopy(CHURN)
+    probability(report["commands"][0], **changes)
+    validator.validate(report)

@@ -62,6 +62,22 @@ def t_cdf(t, df):
     return tail if t < 0 else 1 - tail
 
 
+def log_chi_square_tail(x, df):
+    return (arb(x) / 2).gamma_upper(arb(df) / 2, regularized=1).log()
+
+
+def log_f_tail(f, df1, df2):
+    f, df1, df2 = arb(f), arb(df1), arb(df2)
+    x, y = df2 / (df2 + df1 * f), df1 * f / (df2 + df1 * f)
+    if x * df1 < y * df2:  # the smaller side, which converges
+        return x.beta_lower(df2 / 2, df1 / 2, regularized=1).log()
+    return (-y.beta_lower(df1 / 2, df2 / 2, regularized=1)).log1p()
+
+
+def log_t_tail(t, df):
+    return log_f_tail(arb(t) * arb(t), 1, df)
+
+
 def normal(z):
     return (-arb(z) / arb(2).sqrt()).erfc() / 2
 
@@ -121,6 +137,56 @@ def t_rows():
                 p = certain(lambda: t_cdf(signed, df))
                 if p is not None:
                     yield "TCdf", f"{tail(p)} {size(df)}", signed, df, 0, p
+
+
+TAIL_STEPS = [-30, -8, -3, -1, -0.1, -0.01, 0, 0.01, 0.1, 0.5, 1, 2, 3, 5, 8, 14, 20, 28, 36, 60, 1e3]
+EXTREMES = [1e-300, 1e-100, 1e-10, 1e10, 1e100, 1e300]
+
+
+def tail_region(log_p):
+    if log_p < -1e6:
+        return "ln p below -1e6"
+    for limit, region in ((0.5, "p from 0.5"), (1e-16, "p from 1e-16"), (SMALLEST, "p from 1e-300")):
+        if log_p >= math.log(limit):
+            return region
+    return "ln p from -1e6"
+
+
+def both_rows(function, logarithm, x, first, second):
+    """The row of a tail, unless it is below SMALLEST, and that of its logarithm."""
+    log_p = certain(logarithm)
+    if log_p is None:
+        return
+    region = tail_region(log_p)
+    p = certain(lambda: logarithm().exp())
+    if p is not None:
+        yield function, region, x, first, second, p
+    yield f"log {function}", region, x, first, second, log_p
+
+
+def chi_square_tail_rows():
+    for df in [0.5, 1, 1.5, 2, 3, 4, 7.3, 30, 99.5, 300, 1e4, 12345.67, 1e6, 1e7, 3.5e7, 1e8, 1e9]:
+        points = {df + s * math.sqrt(2 * df) for s in TAIL_STEPS} | {df * k for k in (1e-3, 0.3, 1.6, 10, 1e3)}
+        for x in sorted({float(f"{x:.12g}") for x in points if x > 0} | set(EXTREMES) | {1.0, 2.0, 2.5}):
+            yield from both_rows("ChiSquareTail", lambda: log_chi_square_tail(x, df), x, df, 0)
+
+
+def f_tail_rows():
+    dfs = [0.5, 1, 1.7, 2, 3, 30.5, 1000, 1e6, 1e8]
+    for df1, df2 in [(df1, df2) for df1 in dfs for df2 in dfs] + [(1e9, 1e9), (5, 1e9), (1e9, 5)]:
+        width = math.sqrt(2 / df1 + 2 / df2)
+        points = {math.exp(s * width) for s in TAIL_STEPS if abs(s * width) < 40}
+        points = {float(f"{f:.12g}") for f in points} | set(EXTREMES) | {1.0, 1e3}
+        for f in sorted(points):
+            yield from both_rows("FTail", lambda: log_f_tail(f, df1, df2), f, df1, df2)
+
+
+def t_tail_rows():
+    statistics = [s for s in TAIL_STEPS if s > 0] + EXTREMES + [1e-3, 0.9, 1.000001, 1.2, 100, 1e6]
+    for df in [0.5, 1, 1.5, 2, 2.5, 3, 7, 30.5, 100, 5000, 1e5, 999998, 1e8, 1e9]:
+        # The last one: r^2 one rounding below 1.
+        for t in sorted(statistics + [math.sqrt(df) * 2.0**26.5]):
+            yield from both_rows("TTail", lambda: log_t_tail(t, df), t, df, 0)
 
 
 def beta_rows():
@@ -214,10 +280,14 @@ def t_ball(t, df):
     return v if t < 0 else 1 - v
 
 
+ROWS = (gamma_rows, f_rows, t_rows, chi_square_tail_rows, f_tail_rows, t_tail_rows, beta_rows, simple_rows,
+        quantile_rows)
+
+
 def main():
     lines = [f"# Made by tests/oracles/make_distribution_table.py with python-flint {flint.__version__}."]
     lines.append("function,region,x,parameter1,parameter2,value")
-    for rows in (gamma_rows, f_rows, t_rows, beta_rows, simple_rows, quantile_rows):
+    for rows in ROWS:
         for name, region, x, first, second, value in rows():
             cells = [repr(float(v)) for v in (x, first, second, value)]
             lines.append(",".join([name, region] + cells))

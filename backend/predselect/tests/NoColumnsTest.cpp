@@ -14,6 +14,8 @@ namespace {
 
 std::int32_t gQuestions = 0;      // for the number of columns, so far
 std::int32_t gLastQuestion = -1;  // the one that is answered with 0
+std::int32_t gReservations = 0;   // of slots for new variables
+std::int32_t gAskedBefore = -1;   // the questions before the last reservation
 
 }  // namespace
 
@@ -28,7 +30,10 @@ const KOLT_Variable& ProcedureDataSource::GetVariable(std::int32_t index) const 
 }
 KOLT_Variable* ProcedureDataSource::MakeVariable(std::int32_t, std::int32_t&) { return nullptr; }
 std::int32_t ProcedureDataSource::GetWeightVarIndex() const { return -1; }
-void ProcedureDataSource::SetMaxObsAdded(std::uint32_t) {}
+void ProcedureDataSource::SetMaxObsAdded(std::uint32_t) {
+    ++gReservations;
+    gAskedBefore = gQuestions;
+}
 void AdjustMeasurementLevels(ProcedureDataSource&) {}
 
 namespace {
@@ -40,7 +45,17 @@ embedded::DataSet Data() {
         .Build();
 }
 
-TEST(PREDSELE, ADataSetWithoutColumnsHasItsMessageAndTheRunGoesOn) {
+class WithoutColumns : public testing::Test {
+ protected:
+    void SetUp() override {
+        gQuestions = 0;
+        gLastQuestion = -1;
+        gReservations = 0;
+        gAskedBefore = -1;
+    }
+};
+
+TEST_F(WithoutColumns, ADataSetHasItsMessageAndTheRunGoesOn) {
     const CommandRun before("SELECTPRED y;", Data());
     ASSERT_EQ(before.Status(), "ok");
     ASSERT_GT(gQuestions, 0);
@@ -51,6 +66,17 @@ TEST(PREDSELE, ADataSetWithoutColumnsHasItsMessageAndTheRunGoesOn) {
     EXPECT_EQ(run.Messages().front(), "warning No columns in the data...");
     EXPECT_EQ(run.Json()["notes"].size(), 2U) << "factory and output were made";
     EXPECT_EQ(run.TableIds(), before.TableIds());
+}
+
+TEST_F(WithoutColumns, NoSlotsAreReserved) {
+    const std::string command = "NAIVEBAYES y BY f /SAVE PREDVAL PREDPROB;";
+    const CommandRun before(command, Data());
+    ASSERT_EQ(gReservations, 1);
+    gLastQuestion = gAskedBefore;
+    gQuestions = 0;
+    const CommandRun run(command, Data());
+    EXPECT_EQ(run.Messages().front(), "warning No columns in the data...");
+    EXPECT_EQ(gReservations, 1) << "none more";
 }
 
 }  // namespace

@@ -75,6 +75,22 @@ INSTANTIATE_TEST_SUITE_P(Names, CommandName,
                                          NameCase{"Empty", "", false}),
                          [](const auto& param) { return param.param.fTestName; });
 
+/// The level of the data's only undecided variable after the command.
+std::int32_t LevelAfter(const std::string& command) {
+    DataSet data = SmallData().Build();
+    data.MutableVariable(2).SetMeasurementLevel(kLevelUnknown);
+    const auto commands = embedded::ParseCommandText(command, "test").fvCommands;
+    embedded::CommandReport report;
+    const embedded::HostSession session(data, commands.front(), report);
+    PREDSELE();
+    return data.Variable(2).GetMeasurementLevel();
+}
+
+TEST(PREDSELE, OnlyScreeningLetsTheHostSettleMeasurementLevels) {
+    EXPECT_EQ(LevelAfter("SELECTPRED y BY f;"), kLevelScale);
+    EXPECT_EQ(LevelAfter("NAIVEBAYES y BY f;"), kLevelUnknown);
+}
+
 /// Runs a NAIVEBAYES command and tells how many slots its variables took.
 struct SlotCase {
     std::string fTestName;

@@ -59,16 +59,23 @@ TEST(SavedVariables, ANumericTargetLendsItsProperties) {
         .Format({kFormatNumber, 6, 1})
         .ValueLabel(KoltObs(1.0), "low")
         .Strings("f", Letters("pqpq"));
-    const CommandRun run("NAIVEBAYES y BY f /SUBSET NOSELECTION /SAVE PREDVAL;", builder.Build());
+    DataSet data = builder.Build();
+    data.MutableVariable(0).SetAlignment(kAlignCenter);
+    data.MutableVariable(0).SetWriteFormat({kFormatNumber, 8, 3});
+    const CommandRun run("NAIVEBAYES y BY f /SUBSET NOSELECTION /SAVE PREDVAL PREDPROB(p);",
+                         std::move(data));
     ASSERT_EQ(run.Status(), "ok");
     const KOLT_Variable& saved = Variable(run, "PredictedValue");
     const KOLT_Variable& target = Variable(run, "y");
     EXPECT_EQ(saved.GetType(), 0);
     EXPECT_EQ(saved.GetMeasurementLevel(), kLevelOrdinal);
     EXPECT_EQ(saved.GetFormat(), target.GetFormat());
-    EXPECT_EQ(saved.GetWriteFormat(), target.GetWriteFormat());
-    EXPECT_EQ(saved.GetAlignment(), target.GetAlignment());
+    EXPECT_EQ(saved.GetWriteFormat(), (KoltFormat{kFormatNumber, 8, 3}));
+    EXPECT_EQ(saved.GetAlignment(), kAlignCenter);
     EXPECT_EQ(Numbers(run, "PredictedValue"), (std::vector<double>{1, 2, 1, 2}));
+    for (const std::string& name : {SavedNames(run)[1], SavedNames(run)[2]}) {
+        EXPECT_EQ(Variable(run, name).GetAlignment(), kAlignDefault) << name;
+    }
 }
 
 TEST(SavedVariables, TheDefaultNameGivesWayToAnExistingVariable) {

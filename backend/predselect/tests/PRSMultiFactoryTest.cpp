@@ -12,7 +12,9 @@
 #include "backend/predselect/tests/ParseFixture.h"
 #include "backend/predselect/tests/RunFixture.h"
 #include "embedded/files/Interrupt.h"
+#include "embedded/strings/StringTable.h"
 #include "host/EngineState.h"
+#include "naivebayes/NBStatus.h"
 #include "naivebayes/data/INBEncoder.h"
 #include "naivebayes/data/NBNumericUserMissing.h"
 #include "naivebayes/data/NBStringUserMissing.h"
@@ -383,6 +385,21 @@ TEST(PRSMultiFactory, EverySizeIsListedBesideThatOfTheForcedPredictors) {
 }
 
 // --- Failures that are nobody else's to tell of ---
+
+// Weights that round to nothing: the cases count for the description, and none for the model.
+TEST(PRSMultiFactory, WithoutAUsableCaseThereIsAMessageWithoutArguments) {
+    for (const std::string subset : {"", " /SUBSET NOSELECTION"}) {
+        DataSetBuilder builder = TwoClasses();
+        builder.Numbers("w", std::vector<double>(20, 0.4)).Weight();
+        Controller run("NAIVEBAYES y BY good fair" + subset + ";", builder.Build());
+        EXPECT_FALSE(run.PrepareAndRun());
+        EXPECT_EQ(run->GetAlgorithm()->GetStatus(), NBStatus(70011, false)) << subset;
+        ASSERT_EQ(run.Messages(), (Texts{"warning No predictors excluded ...",
+                                         "error All cases excluded in Predictor Selection..."}));
+        EXPECT_EQ(run.fCommand.Messages().back().fText,
+                  embedded::TextOf("All cases excluded in Predictor Selection..."));
+    }
+}
 
 TEST(PRSMultiFactory, OneTrainingCaseIsTooLittle) {
     // The first pass meets both categories, but one case only has a predictor value.

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <string>
 #include <vector>
 
@@ -229,6 +230,38 @@ TEST(SelOutput, AMeasureIsComparedWithNoCutoff) {
               (Texts{"Pearson Chi-Square", "Likelihood Ratio Chi-Square", "Cramer's V", "Lambda"}));
 }
 
+TEST(SelOutput, SignificancesHaveTheirLogarithmAndOtherCellsNone) {
+    // fair against y is {8, 2; 2, 8}: chi-square 20 * 60^2 / 10^4 = 7.2.
+    const CommandRun run("SELECTPRED y BY fair /CRITERIA PCUTOFF=1;", Factors().Build());
+    const double p = std::erfc(std::sqrt(3.6));
+    for (const char* type : {"Pearson Chi-Square", "Likelihood Ratio Chi-Square"}) {
+        const auto* cell = run.Cell(kSummary, {"fair", type, "Unadjusted Sig."});
+        ASSERT_NE(cell, nullptr);
+        EXPECT_NEAR((*cell)["lnP"].get<double>(), std::log((*cell)["value"].get<double>()), 1e-13);
+    }
+    EXPECT_NEAR(
+        run.Value(kSummary, {"fair", "Pearson Chi-Square", "Unadjusted Sig."}).get<double>(), p,
+        1e-14);
+    std::size_t logarithms = 0;
+    for (const auto& cell : (*run.Table(kSummary))["cells"]) logarithms += cell.count("lnP");
+    EXPECT_EQ(logarithms, 2U);
+}
+
+TEST(SelOutput, OneOrderOfUnlikeTestsHasTheLogarithmsOfBoth) {
+    const CommandRun run(
+        "SELECTPRED y BY fair WITH x /SCREENING STATUS=OFF /CRITERIA PCUTOFF=1;",
+        Factors()
+            .Numbers("x", {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12})
+            .Level(kLevelScale)
+            .Build());
+    for (const char* predictor : {"fair", "x"}) {
+        const auto* cell = run.Cell(kSummary, {predictor, "Unadjusted Sig."});
+        ASSERT_NE(cell, nullptr);
+        ASSERT_TRUE(cell->contains("lnP")) << predictor;
+        EXPECT_NEAR((*cell)["lnP"].get<double>(), std::log((*cell)["value"].get<double>()), 1e-13);
+    }
+}
+
 // y varies by x's categories alone, so nothing is left within them.
 TEST(SelOutput, AnFWithoutVariationWithinGroupsIsExplained) {
     const CommandRun run("SELECTPRED t BY f;", DataSetBuilder()
@@ -240,7 +273,11 @@ TEST(SelOutput, AnFWithoutVariationWithinGroupsIsExplained) {
     ASSERT_NE(cell, nullptr);
     EXPECT_TRUE((*cell)["value"].is_null());
     EXPECT_EQ((*cell)["notes"].size(), 1U);
-    EXPECT_EQ(run.Value(kSummary, {"f", "Unadjusted Sig."}), 0.0);
+    const auto* significance = run.Cell(kSummary, {"f", "Unadjusted Sig."});
+    ASSERT_NE(significance, nullptr);
+    EXPECT_EQ((*significance)["value"], 0.0);
+    EXPECT_TRUE(significance->at("lnP").is_null());
+    EXPECT_EQ(significance->at("exactZero"), true);
 }
 
 TEST(SelOutput, TheTOfAPerfectCorrelationIsExplained) {
@@ -255,6 +292,7 @@ TEST(SelOutput, TheTOfAPerfectCorrelationIsExplained) {
     EXPECT_TRUE((*cell)["value"].is_null());
     EXPECT_EQ((*cell)["notes"].size(), 1U);
     EXPECT_EQ(run.Value(kSummary, {"x", "Pearson Correlation"}), 1.0);
+    EXPECT_EQ((*run.Cell(kSummary, {"x", "Unadjusted Sig."})).at("exactZero"), true);
 }
 
 // x has values only where t does not vary: it has no correlation and no p-value.

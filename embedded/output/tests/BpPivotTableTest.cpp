@@ -54,6 +54,20 @@ TEST_F(BpPivotTableFill, TitleIdentifierCaptionAndWidthArrive) {
     EXPECT_EQ(Sent().fMinDataColumnWidth, 150);
 }
 
+TEST_F(BpPivotTableFill, LogarithmsOfNumbersArriveUnlessTheNumberIsMissing) {
+    const BpDimension rows(fTable, Key("Predictor"));
+    rows.Category(Key("N")).Cell(BpNumber(0.0, BpProcedure::Significance(), -2000.5));
+    rows.Category(Key("Valid")).Cell(BpNumber(0.5, BpProcedure::Significance()));
+    rows.Category(Key("Total"))
+        .Cell(BpNumber(MCMV::gMissingValue, BpProcedure::Significance(), -1.0));
+    fTable.Send();
+    ASSERT_EQ(Sent().fvCells.size(), 3U);
+    EXPECT_EQ(Sent().fvCells[0].fLogarithm, -2000.5);
+    EXPECT_EQ(Sent().fvCells[0].fText, "<.001");
+    EXPECT_EQ(Sent().fvCells[1].fLogarithm, std::nullopt);
+    EXPECT_EQ(Sent().fvCells[2].fLogarithm, std::nullopt);
+}
+
 TEST_F(BpPivotTableFill, PositionsOfDimensionsArrive) {
     const BpDimension rows(fTable, Key("Predictor"));
     rows.Position(0, 1, 0, 0);

@@ -139,6 +139,7 @@ TEST(JsonRenderer, TheDocumentedExampleIsWhatIsWritten) {
         Dimension("Predictor", ReportAxis::Row, {Branch("Selected", {age}), unselected}),
         Dimension("Statistics", ReportAxis::Column, {Leaf("Unadjusted Sig.")})};
     table.fvCells = {NumberCell({0, 0}, 0.01284716, ".013", ReportFormat::Significance)};
+    table.fvCells[0].fLogarithm = -4.354632503740739;
     command.fvItems = {table};
 
     std::ifstream in(PREDSEL_SOURCE_DIR "/docs/formats/report-json.md", std::ios::binary);
@@ -146,6 +147,27 @@ TEST(JsonRenderer, TheDocumentedExampleIsWhatIsWritten) {
     ASSERT_FALSE(page.empty());
     const std::string example = "```json\n" + JsonRenderer::Render({"0.1.0", {command}}) + "```\n";
     EXPECT_NE(page.find(example), std::string::npos) << example;
+}
+
+TEST(JsonRenderer, ALogarithmStandsBesideItsValue) {
+    CommandReport command;
+    ReportTable table;
+    table.fvCells = {NumberCell({}, 0.0, "<.001", ReportFormat::Significance),
+                     NumberCell({}, 0.0, "<.001", ReportFormat::Significance),
+                     NumberCell({}, 0.5, ".500", ReportFormat::Significance)};
+    table.fvCells[0].fLogarithm = -1234.5;
+    table.fvCells[1].fLogarithm = -std::numeric_limits<double>::infinity();
+    command.fvItems = {table};
+    const Json report = Json::parse(JsonRenderer::Render(OneCommand(command)));
+    const Json& cells = report["commands"][0]["tables"][0]["cells"];
+    EXPECT_EQ(cells[0]["lnP"], -1234.5);
+    EXPECT_FALSE(cells[0].contains("exactZero"));
+    EXPECT_TRUE(cells[1]["lnP"].is_null());
+    EXPECT_EQ(cells[1]["exactZero"], true);
+    EXPECT_FALSE(cells[2].contains("lnP"));
+    EXPECT_FALSE(cells[2].contains("exactZero"));
+    const std::string json = JsonRenderer::Render(OneCommand(command));
+    EXPECT_NE(json.find("\"value\": 0, \"lnP\": -1234.5, \"text\""), std::string::npos) << json;
 }
 
 struct ValueCase {

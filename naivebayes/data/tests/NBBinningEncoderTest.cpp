@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <limits>
 #include <random>
@@ -188,6 +189,115 @@ TEST(NBBinningEncoder, ClosedBinsAreNeverReached) {
         const double code = copy->Encode(value);
         EXPECT_TRUE(code == 1.0 || code == 4.0) << value;
     }
+}
+
+TEST(NBBinningEncoder, AValueOnASharedCutpointBelongsToTheLowestBin) {
+    const NBBinningEncoder encoder({1.0, 4.0, 4.0, 4.0, 4.0, 9.0});
+    EXPECT_EQ(encoder.Encode(1.0), 0.0);
+    EXPECT_EQ(encoder.Encode(std::nextafter(4.0, 0.0)), 1.0);
+    EXPECT_EQ(encoder.Encode(4.0), 1.0);
+    EXPECT_EQ(encoder.Encode(std::nextafter(4.0, 9.0)), 5.0);
+    EXPECT_EQ(encoder.Encode(9.0), 5.0);
+    EXPECT_EQ(encoder.Encode(10.0), 6.0);
+}
+
+TEST(NBBinningEncoder, AValueOnTheCutpointOfAGapBelongsToTheBinBelowTheGap) {
+    // Whole numbers 0 to 3 and 6 to 10 in ten bins: nothing above 3 up to 5, the middle is 4.
+    const NBBinningEncoder encoder(0.0, 10.0, 10);
+    const auto copy = encoder.MakeCollapsedCopy(MakeTable({2, 1, 1, 0, 0, 1, 1, 1, 1, 1}));
+    EXPECT_EQ(copy->GetCutpoints(),
+              (std::vector<double>{1.0, 2.0, 4.0, 4.0, 4.0, 6.0, 7.0, 8.0, 9.0}));
+    EXPECT_EQ(copy->Encode(4.0), 2.0);
+    EXPECT_EQ(copy->Encode(std::nextafter(4.0, 5.0)), 5.0);
+}
+
+TEST(NBBinningEncoder, CutpointsThatCoincideAfterRoundingLeaveTheBinsBetweenThemUnreached) {
+    // Four neighbouring doubles in ten bins.
+    const double low = 1e15;
+    std::vector<double> values = {low};
+    while (values.size() < 4) values.push_back(std::nextafter(values.back(), 2e15));
+    const NBBinningEncoder encoder(values.front(), values.back(), 10);
+    const std::vector<double>& cutpoints = encoder.GetCutpoints();
+    ASSERT_NE(std::adjacent_find(cutpoints.begin(), cutpoints.end()), cutpoints.end());
+    for (const double value : values) {
+        const auto bin = static_cast<std::size_t>(encoder.Encode(value));
+        EXPECT_TRUE(bin == 0 || cutpoints[bin - 1] < value) << bin;
+        EXPECT_TRUE(bin == cutpoints.size() || value <= cutpoints[bin]) << bin;
+        EXPECT_TRUE(encoder.IsReachable(bin));
+    }
+}
+
+TEST(NBBinningEncoder, EqualValuesAllFallIntoTheFirstBin) {
+    const NBBinningEncoder encoder(5.0, 5.0, 10);
+    EXPECT_EQ(encoder.Encode(5.0), 0.0);
+    EXPECT_EQ(encoder.Encode(4.0), 0.0);
+    EXPECT_EQ(encoder.Encode(6.0), 9.0);
+}
+
+TEST(NBBinningEncoder, InfinitiesFallIntoTheOutermostBinsThatAreOpen) {
+    const double infinity = std::numeric_limits<double>::infinity();
+    const NBBinningEncoder encoder(0.0, 50.0, 5);
+    EXPECT_EQ(encoder.Encode(-infinity), 0.0);
+    EXPECT_EQ(encoder.Encode(infinity), 4.0);
+    const auto copy = encoder.MakeCollapsedCopy(MakeTable({0, 1, 0, 2, 0}));
+    for (const double value : {-infinity, std::nextafter(kLowest, 0.0)}) {
+        EXPECT_EQ(copy->Encode(value), 1.0) << value;
+    }
+    for (const double value : {infinity, kHighest}) EXPECT_EQ(copy->Encode(value), 3.0) << value;
+}
+
+TEST(NBBinningEncoder, ReachableBinsAreThoseThatSomeValueFallsInto) {
+    std::mt19937 random(testsupport::RandomSeed());
+    const std::vector<double> places = {kLowest, -2.0, -1.0, 0.0, 1.0, 2.0, kHighest};
+    for (int round = 0; round < 500; ++round) {
+        std::vector<double> cutpoints(1 + random() % 8);
+        for (double& cutpoint : cutpoints) cutpoint = places[random() % places.size()];
+        std::sort(cutpoints.begin(), cutpoints.end());
+        const NBBinningEncoder encoder(cutpoints);
+        std::vector<bool> reached(cutpoints.size() + 1, false);
+        for (const double place : places) {
+            for (const double value :
+                 {place, std::nextafter(place, kLowest), std::nextafter(place, kHighest)}) {
+                if (value == MCMV::gMissingValue) continue;
+                reached[static_cast<std::size_t>(encoder.Encode(value))] = true;
+            }
+        }
+        for (std::size_t bin = 0; bin < reached.size(); ++bin) {
+            EXPECT_EQ(encoder.IsReachable(bin), reached[bin]) << bin << " in round " << round;
+        }
+    }
+}
+
+TEST(NBBinningEncoder, AfterTrainingNoValueReachesABinWithoutRecords) {
+    std::mt19937 random(testsupport::RandomSeed());
+    for (int round = 0; round < 500; ++round) {
+        std::vector<double> rowSums(2 + random() % 9);
+        for (double& sum : rowSums) sum = random() % 3 == 0 ? 1.0 : 0.0;
+        if (std::count(rowSums.begin(), rowSums.end(), 1.0) < 2) continue;
+        const double low = static_cast<double>(random() % 20) - 10.0;
+        const NBBinningEncoder encoder(low, low + static_cast<double>(1 + random() % 20),
+                                       static_cast<std::int32_t>(rowSums.size()));
+        const auto copy = encoder.MakeCollapsedCopy(MakeTable(rowSums));
+        const double infinity = std::numeric_limits<double>::infinity();
+        std::vector<double> values = {-infinity, std::nextafter(kLowest, 0.0), kHighest, infinity};
+        for (const auto& cutpoints : {encoder.GetCutpoints(), copy->GetCutpoints()}) {
+            for (const double cutpoint : cutpoints) {
+                values.insert(values.end(), {std::nextafter(cutpoint, -infinity), cutpoint,
+                                             std::nextafter(cutpoint, infinity)});
+            }
+        }
+        for (const double value : values) {
+            if (value == MCMV::gMissingValue) continue;
+            const auto bin = static_cast<std::size_t>(copy->Encode(value));
+            EXPECT_EQ(rowSums[bin], 1.0) << value << " in round " << round;
+        }
+    }
+}
+
+TEST(NBBinningEncoder, TheMiddleOfAGapBetweenTheLargestNumbersIsANumber) {
+    const NBBinningEncoder encoder(std::vector<double>{0x1.8p1023, 0x1.9p1023, 0x1.cp1023});
+    const auto copy = encoder.MakeCollapsedCopy(MakeTable({1, 0, 0, 1}));
+    EXPECT_EQ(copy->GetCutpoints(), std::vector<double>(3, 0x1.ap1023));
 }
 
 TEST(NBBinningEncoder, ATableOfOtherBinsChangesNothing) {

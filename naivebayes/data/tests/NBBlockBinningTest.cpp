@@ -19,6 +19,7 @@ namespace {
 
 constexpr double kMissing = MCMV::gMissingValue;
 constexpr double kHuge = std::numeric_limits<double>::max();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 template <class Entry>
 class NBBlockBinningEntries : public testing::Test {};
@@ -47,7 +48,9 @@ TYPED_TEST(NBBlockBinningEntries, AreTheCodesOfTheEncoderMovedUpByOne) {
         NBBinningEncoder encoder(cutpoints);
         if (round % 13 == 0) encoder.SetUserMissing(&missing);
         const NBBlockBinning binning(&encoder);
-        std::vector<double> values = {kMissing, kHuge, 0.0, -0.0, std::nan("")};
+        std::vector<double> values = {kMissing,  kHuge,       std::nextafter(-kHuge, 0.0),
+                                      kInfinity, -kInfinity,  0.0,
+                                      -0.0,      std::nan("")};
         const std::size_t size = 100 + random() % 500;
         while (values.size() < size) {
             values.push_back(random() % 9 == 0 ? kMissing

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <fstream>
 #include <iterator>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -129,6 +130,19 @@ TEST(NBVarListState, CountsAndIndexMustAgreeWithTheVariables) {
     savedforms::ExpectXMLFails(list,
                                savedforms::Replaced(Golden("variables.xml"), "NBVarList", "Vars"),
                                "Failure reading NBVarList!\n");
+}
+
+TEST(NBVarListState, AFailedRestoreLeavesTheCountsOfTheVariablesThatWereRead) {
+    constexpr std::int32_t kFewest = std::numeric_limits<std::int32_t>::min();
+    const std::string bytes = Golden("variables.bin");
+    NBVarList list;
+    savedforms::ExpectBinaryFails(list, savedforms::With(bytes, bytes.size() - 8, kFewest),
+                                  "Error reading NBVarList!\n");
+    EXPECT_EQ(list.GetNumVariables(), 6);
+    EXPECT_EQ(list.GetNumContVars(), 3);
+    EXPECT_EQ(list.GetNumCatVars(), 3);
+    EXPECT_TRUE(list.RemoveVariable(0));
+    EXPECT_EQ(list.GetNumCatVars(), 2);
 }
 
 /// All that an engine does with a list.
