@@ -26,7 +26,7 @@ of each of its columns with the response, which nobody has certified.
 - Digits, exact: right digits against rational arithmetic on the doubles that the data are read as.
   "nearest" is the double nearest to the exact value, each time.
 - Digits, certified: right digits against the certified value, which is that of the decimals as
-  printed. "all" is 17 or more.
+  printed, as a double. "all" is 17 or more.
 - Digits, allowed: in how many the exact value for the doubles agrees with the certified one. The
   rounding of the data to doubles costs the others, and no program can have them.
 """
