@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <utility>
 
 #include "featureselect/FSArchives.h"
@@ -144,9 +145,12 @@ FSCrosstab FSCatPCatTAccum::Crosstab() const {
             std::lower_bound(columns.begin(), columns.end(), pair.fKey.fTarget, below);
         const bool hasPlace = row != rows.end() && row->fKey == pair.fKey.fPredictor &&
                               column != columns.end() && column->fKey == pair.fKey.fTarget;
-        if (!hasPlace || !(pair.fWeight > 0.0)) continue;
+        const double weight = pair.fWeight;
+        if (!hasPlace || weight <= 0.0) continue;
+        // What is not a number has met an infinite weight.
         cells.push_back({static_cast<std::uint32_t>(row - rows.begin()),
-                         static_cast<std::uint32_t>(column - columns.begin()), pair.fWeight});
+                         static_cast<std::uint32_t>(column - columns.begin()),
+                         std::isnan(weight) ? std::numeric_limits<double>::infinity() : weight});
     }
     return FSCrosstab(std::move(cells), rows.size(), columns.size());
 }
