@@ -61,7 +61,7 @@ void FSCatAccum::AddEntries(std::span<const Entry> entries, std::uint32_t entryE
             put(entry, weight);
         }
     }
-    CountWeights(CountValid(entries, cases), valid, missing);
+    CountRecords(entries, cases, valid, missing);
     fPredCounts.Merge(counts);
 }
 

@@ -49,6 +49,12 @@ struct FSCatPCatTAccum::BlockCounts {
         fvPairs.push_back({{code, cases.fClassKeys[group]}, weight});
     }
 
+    FSWeightSum Valid() const {
+        FSWeightSum valid;
+        for (const FSWeightSum& weight : fvTarget) valid += weight;
+        return valid;
+    }
+
     FSWeightSum fMissing;
     std::vector<FSMapICntEntry> fvPred;
     std::vector<FSWeightSum> fvTarget;  // by class
@@ -86,7 +92,8 @@ void FSCatPCatTAccum::AddEntries(std::span<const Entry> entries, std::uint32_t e
             }
         }
     }
-    TakeCounts(counts, CountValid(entries, cases), cases);
+    CountRecords(entries, cases, counts.Valid(), counts.fMissing);
+    TakeCounts(counts, cases);
 }
 
 template <class Entry>
@@ -110,19 +117,16 @@ void FSCatPCatTAccum::AddBySorting(std::span<const Entry> entries, const FSBlock
             counts.Add(entry, group, weight, cases);
         }
     });
-    TakeCounts(counts, CountValid(entries, cases), cases);
+    CountRecords(entries, cases, counts.Valid(), counts.fMissing);
+    TakeCounts(counts, cases);
 }
 
-void FSCatPCatTAccum::TakeCounts(const BlockCounts& counts, std::int32_t valid,
-                                 const FSBlockCases& cases) {
+void FSCatPCatTAccum::TakeCounts(const BlockCounts& counts, const FSBlockCases& cases) {
     std::vector<FSMapICntEntry> targets;
-    FSWeightSum weight;
     for (std::size_t group = 0; group < counts.fvTarget.size(); ++group) {
         if (counts.fvTarget[group] == 0.0) continue;
-        weight += counts.fvTarget[group];
         targets.push_back({cases.fClassKeys[group], counts.fvTarget[group]});
     }
-    CountWeights(valid, weight, counts.fMissing);
     fPredCounts.Merge(counts.fvPred);
     fTargetCounts.Merge(targets);
     fPairCounts.Merge(counts.fvPairs);

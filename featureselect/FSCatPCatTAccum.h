@@ -51,7 +51,7 @@ class FSCatPCatTAccum : public FSCategoricalAccum {
     template <class Entry>
     void AddBySorting(std::span<const Entry> entries, const FSBlockCases& cases);
     struct BlockCounts;
-    void TakeCounts(const BlockCounts& counts, std::int32_t valid, const FSBlockCases& cases);
+    void TakeCounts(const BlockCounts& counts, const FSBlockCases& cases);
     FSCrosstab Crosstab() const;
     bool HasTable() const { return fPredCounts.Size() >= 2 && fTargetCounts.Size() >= 2; }
     double DegreesOfFreedom() const;

@@ -59,7 +59,7 @@ void FSCatPContTAccum::AddEntries(std::span<const Entry> entries, std::uint32_t 
             put(entry, lines.SumOf(rows).data());
         });
     }
-    CountWeights(CountValid(entries, cases), valid, missing);
+    CountRecords(entries, cases, valid, missing);
     fPredCounts.Merge(counts);
     fGroups.Merge(groups);
 }

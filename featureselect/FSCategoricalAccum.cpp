@@ -20,20 +20,6 @@ void FSCategoricalAccum::TrackConstant(std::int32_t category) {
     }
 }
 
-void FSCategoricalAccum::CountUnits(std::int32_t valid, std::int32_t missing) {
-    fProcessed += valid + missing;
-    fMissing += missing;
-    FSCountMore(fUnweightedValid, valid);
-}
-
-void FSCategoricalAccum::CountWeights(std::int32_t valid, const FSWeightSum& weight,
-                                      const FSWeightSum& missing) {
-    fProcessed += weight;
-    fProcessed += missing;
-    fMissing += missing;
-    FSCountMore(fUnweightedValid, valid);
-}
-
 std::int32_t FSCategoricalAccum::CheckDeletion(const FSSettings& settings) const {
     std::vector<std::int32_t> reasons;
     return CheckAllDeletions(settings, reasons) == 0 ? FSDeletionReason::kNone : reasons.front();

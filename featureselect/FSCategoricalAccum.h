@@ -34,14 +34,10 @@ class FSCategoricalAccum : public IFSPredTargetAccum {
     /// Of the valid codes of a block.
     template <class Entry>
     void TrackConstants(std::span<const Entry> entries, const FSBlockCases& cases);
-    /// Counts the records of a block with these numbers of valid and missing ones.
-    void CountUnits(std::int32_t valid, std::int32_t missing);
-    /// Counts the records of a block by their lines: the number of valid ones, their weight, and
-    /// the weight of the missing ones.
-    void CountWeights(std::int32_t valid, const FSWeightSum& weight, const FSWeightSum& missing);
-    /// The number of records with a code.
+    /// Counts the records of a block: those with a code and the weights of both kinds.
     template <class Entry>
-    static std::int32_t CountValid(std::span<const Entry> entries, const FSBlockCases& cases);
+    void CountRecords(std::span<const Entry> entries, const FSBlockCases& cases,
+                      const FSWeightSum& valid, const FSWeightSum& missing);
     /// The records of a block by their codes, where these are too many for a table: calls
     /// run(entry, records of the entry, ascending) for the entries upwards, 0 for missing included.
     template <class Entry, class Run>
@@ -82,13 +78,20 @@ void FSCategoricalAccum::TrackConstants(std::span<const Entry> entries, const FS
 }
 
 template <class Entry>
-std::int32_t FSCategoricalAccum::CountValid(std::span<const Entry> entries,
-                                            const FSBlockCases& cases) {
-    std::int32_t valid = 0;
-    for (std::size_t row = 0; row < entries.size(); ++row) {
-        valid += cases.Counts(row) && entries[row] != 0 ? 1 : 0;
+void FSCategoricalAccum::CountRecords(std::span<const Entry> entries, const FSBlockCases& cases,
+                                      const FSWeightSum& valid, const FSWeightSum& missing) {
+    std::int32_t count = 0;
+    if (cases.fbUnit) {
+        count = static_cast<std::int32_t>(static_cast<double>(valid));
+    } else {
+        for (std::size_t row = 0; row < entries.size(); ++row) {
+            count += cases.Counts(row) && entries[row] != 0 ? 1 : 0;
+        }
     }
-    return valid;
+    FSCountMore(fUnweightedValid, count);
+    fProcessed += valid;
+    fProcessed += missing;
+    fMissing += missing;
 }
 
 template <class Entry, class Run>
