@@ -1,6 +1,7 @@
 // Training: counting records, searching a subset, merging.
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <limits>
 #include <new>
@@ -243,6 +244,8 @@ NBStatus NBAlgorithm::AccumulateRecords(MCCommon::RecordIterator& records, std::
     fNumRecords = SumOfCounts(fNumRecords, used);
     if (fNumRecords < 2) return Error(NBCode::kTooLittleData);
     fWeight += weight;
+    // No share of an infinite weight is a probability.
+    if (!std::isfinite(fWeight)) return Error(NBCode::kTooLittleData);
     fOutput.ComputePriors(fWeight);
     return DropUninformative();
 }

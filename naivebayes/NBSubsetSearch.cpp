@@ -478,7 +478,7 @@ std::int32_t NBSubsetSearch::EvaluateTestData(NBInternalAdapter& adapter, std::i
     score();
     if (fInterrupt.IsStopped()) return -1;
     const double totalWeight = weights.GetValue();
-    if (!(totalWeight > 0.0)) return 0;
+    if (!(totalWeight > 0.0) || !std::isfinite(totalWeight)) return 0;
     std::vector<Ranked> sizes;
     for (std::int32_t size = firstSize; size <= ChainLength(); ++size) {
         const NBExactSum& sum = sums[static_cast<std::size_t>(size - firstSize)];

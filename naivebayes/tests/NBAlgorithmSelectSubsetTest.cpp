@@ -1,10 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <limits>
 #include <random>
 #include <sstream>
 
+#include "naivebayes/data/NBRoundEncoder.h"
 #include "naivebayes/tests/EngineFixture.h"
 #include "tests/support/CaseName.h"
 
@@ -28,6 +31,17 @@ Rows RowsFor(std::int32_t predictors, std::size_t count, std::uint32_t seed = 20
     for (std::int32_t j = 0; j < predictors; ++j) categories.push_back(2 + j % 3);
     return RandomRows(random, count, 3, categories);
 }
+
+/// Counts what it delivers.
+class CountingTestSource : public Source {
+ public:
+    using Source::Source;
+    const MCCommon::Record* Next() override {
+        ++fNumDelivered;
+        return Source::Next();
+    }
+    std::int32_t fNumDelivered = 0;
+};
 
 struct SizeCase {
     const char* fName;
@@ -304,6 +318,103 @@ TEST(NBAlgorithmSelectSubset, ExcludedRecordsAreCounted) {
     EXPECT_EQ(selection.Run(*engine, rows), NBStatus());
     EXPECT_EQ(RecordCounts(*engine).fExcluded, without + 1);
     EXPECT_EQ(RecordCounts(*engine).fRecords, 52 - without - 1);
+}
+
+TEST(NBAlgorithmSelectSubset, TheWeightOfExcludedRecordsIsCounted) {
+    NBVarList list = ListOf(0, 2);
+    list.AddWeightVar("w", "", NBRoundEncoder::kAsIs);
+    Rows rows = RowsFor(2, 50);
+    for (auto& row : rows) {
+        row[1] = row[1] < 0.0 ? 0.0 : row[1];
+        row.push_back(2.0);
+    }
+    rows.push_back({-1, 0, 0, 7.5});    // no target
+    rows.push_back({0, -1, -1, 2.25});  // no predictor
+    rows.push_back({0, 0, 0, 0.0});     // no weight
+    const auto engine = Create(list);
+    Selection selection;
+    EXPECT_EQ(selection.Run(*engine, rows), NBStatus());
+    EXPECT_EQ(RecordCounts(*engine), (Counts{100.0, 9.75, 50, 3}));
+}
+
+TEST(NBAlgorithmSelectSubset, AnInfiniteWeightEndsWithAnError) {
+    const double infinity = std::numeric_limits<double>::infinity();
+    for (const std::vector<double>& weights :
+         {std::vector<double>{infinity}, {infinity, infinity}, {1e308, 1e308}}) {
+        NBVarList list = ListOf(0, 2);
+        list.AddWeightVar("w", "", NBRoundEncoder::kAsIs);
+        Rows rows = RowsFor(2, 50);
+        for (std::size_t i = 0; i < rows.size(); ++i) {
+            rows[i][1] = std::max(rows[i][1], 0.0);
+            rows[i].push_back(i < weights.size() ? weights[i] : 1.0 + static_cast<double>(i));
+        }
+        const auto engine = Create(list);
+        Selection selection;
+        EXPECT_EQ(selection.Run(*engine, rows), Error(NBCode::kTooLittleData));
+        EXPECT_FALSE(engine->IsModelBuilt());
+        NBVarList inputs = ListOf(2, 0);
+        inputs.AddWeightVar("w", "", NBRoundEncoder::kAsIs);
+        EXPECT_EQ(Build(*Create(inputs), rows), Error(NBCode::kTooLittleData));
+        // Among the test records.
+        Rows sound = rows;
+        for (auto& row : sound) row.back() = 1.0;
+        Source test(rows);
+        EXPECT_EQ(selection.Run(*Create(list), sound, test, -1), Error(NBCode::kTestEmpty));
+    }
+}
+
+TEST(NBAlgorithmSelectSubset, KeptSizesAscendByCriterion) {
+    for (std::uint32_t seed = 1; seed <= 20; ++seed) {
+        const Rows rows = RowsFor(8, 60, seed);
+        Selection all;
+        Selection some;
+        some.fNumBest = 3;
+        all.fNumBest = 8;
+        EXPECT_EQ(all.Run(*Create(ListOf(0, 8)), rows), NBStatus());
+        EXPECT_EQ(some.Run(*Create(ListOf(0, 8)), rows), NBStatus());
+        ASSERT_EQ(all.fvBest.size(), 8U);
+        EXPECT_TRUE(std::is_sorted(all.fvBest.begin(), all.fvBest.end(),
+                                   [](const NBSubset& left, const NBSubset& right) {
+                                       return left.fCriterion < right.fCriterion;
+                                   }));
+        EXPECT_EQ(some.fvBest, std::vector<NBSubset>(all.fvBest.begin(), all.fvBest.begin() + 3));
+    }
+}
+
+TEST(NBAlgorithmSelectSubset, TestRecordsAreAskedForOnce) {
+    const Rows rows = RowsFor(4, 60);
+    for (const std::int32_t numInMemory : {1000, 1}) {
+        NaiveBayesSettings settings;
+        settings.fMaxRecordsInMemory = numInMemory;
+        settings.fTempDir = testing::TempDir();
+        CountingTestSource test(rows);
+        Selection selection;
+        EXPECT_EQ(selection.Run(*Create(ListOf(1, 3), settings), rows, test, -1), NBStatus());
+        EXPECT_EQ(test.fNumDelivered, 60);
+        EXPECT_EQ(test.fNumPasses, 1);
+    }
+}
+
+TEST(NBAlgorithmSelectSubset, AnInterruptLeavesNothingOfAModel) {
+    const Rows rows = RowsFor(3, 60);
+    const auto engine = Create(ListOf(1, 2));
+    Selection selection;
+    ASSERT_EQ(selection.Run(*engine, rows), NBStatus());
+    ASSERT_EQ(RecordCounts(*engine).fRecords, 60 - RecordCounts(*engine).fExcluded);
+    engine->Interrupt();
+    EXPECT_EQ(engine->GetStatus(), Error(NBCode::kInterrupted));
+    EXPECT_FALSE(engine->IsModelBuilt());
+    EXPECT_EQ(engine->GetNumInputVars(), 0);
+    EXPECT_EQ(RecordCounts(*engine).fRecords, 0);
+    for (std::int32_t k = 0; k < 3; ++k) {
+        EXPECT_EQ(engine->GetTargetCategoryCounts(k), (INBAlgorithm::CategoryCounts{0, 0.0})) << k;
+    }
+    std::ostringstream shown;
+    engine->Display(shown);
+    EXPECT_NE(shown.str().find("Model built? No"), std::string::npos);
+    EXPECT_NE(shown.str().find("The model has 0 predictors."), std::string::npos);
+    std::ostringstream saved;
+    EXPECT_EQ(engine->SaveBinary(saved), Error(NBCode::kInterrupted));
 }
 
 TEST(NBAlgorithmSelectSubset, AReportIsWrittenOnDemand) {

@@ -316,7 +316,8 @@ TEST_P(NBSubsetRecordsTest, ExactSumsAreThoseOfTheCounts) {
             const std::vector<double> expected = LongSums(trained, {0, 3}, {1, 2, 6}, byTarget);
             // The grid, and what long doubles leave.
             for (std::size_t c = 0; c < 3; ++c) {
-                EXPECT_NEAR(sums[c], expected[c], weight * NBGridLog::kUnit + 1e-15 * std::abs(expected[c]));
+                EXPECT_NEAR(sums[c], expected[c],
+                            weight * NBGridLog::kUnit + 1e-15 * std::abs(expected[c]));
             }
         }
     }
@@ -429,8 +430,7 @@ TEST(NBSubsetRecordsUnderflow, ExactSumsFromCodesAreThoseFromProducts) {
         for (const bool byTarget : {false, true}) {
             const std::vector<double> sums = scored.ExactSums(subset, {table}, byTarget);
             const std::vector<double> expected = LongSums(trained, subset, {table}, byTarget);
-            EXPECT_NEAR(sums[0], expected[0], 1e-15 * std::abs(expected[0]) + 1e-15 * 6e6)
-                << table;
+            EXPECT_NEAR(sums[0], expected[0], 1e-15 * std::abs(expected[0]) + 1e-15 * 6e6) << table;
         }
         selected.push_back(table);
     }

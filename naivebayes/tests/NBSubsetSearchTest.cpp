@@ -6,6 +6,7 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <numeric>
 #include <random>
 #include <sstream>
 
@@ -164,6 +165,184 @@ TEST(NBSubsetSearchTest, OfSizesWithEqualPseudoBICTheSmallerRanksFirst) {
     ASSERT_TRUE(run.PseudoBIC(3).IsOK());
     EXPECT_EQ(run.fBest, (std::vector<NBSubset>{{1, 0.0}, {2, 0.0}, {3, 0.0}}));
     EXPECT_EQ(run.fTrained.Roles(), (Sizes{1, 2, 2}));
+}
+
+/// A predictor that copies the target but for some records, and behind it some that tell nothing of
+/// it: each of their codes is as frequent in every target category, of which each has numEach
+/// records.
+SearchData Balanced(std::mt19937& random, std::int32_t numTargets, std::int32_t numEach,
+                    std::int32_t numSilent) {
+    SearchData data;
+    data.fNumTargets = numTargets;
+    data.fPredictors.push_back({numTargets, 2});
+    std::vector<std::int32_t> numCategories;
+    for (std::int32_t j = 0; j < numSilent; ++j) {
+        const std::int32_t count = 2 + j % 3;
+        numCategories.push_back(count);
+        data.fPredictors.push_back({count, 2});
+    }
+    for (std::int32_t target = 0; target < numTargets; ++target) {
+        std::vector<std::vector<std::int32_t>> codes;
+        for (const std::int32_t count : numCategories) {
+            codes.emplace_back();
+            for (std::int32_t i = 0; i < numEach; ++i) codes.back().push_back(i % count);
+            std::shuffle(codes.back().begin(), codes.back().end(), random);
+        }
+        for (std::int32_t i = 0; i < numEach; ++i) {
+            const bool errs = i < numEach / 4;
+            SearchOracle::Row row{target, 1.0, {errs ? (target + 1) % numTargets : target}};
+            for (const auto& ofPredictor : codes) {
+                row.fCodes.push_back(ofPredictor[static_cast<std::size_t>(i)]);
+            }
+            data.fRows.push_back(row);
+        }
+    }
+    std::shuffle(data.fRows.begin(), data.fRows.end(), random);
+    return data;
+}
+
+// Where the mathematics makes criteria equal, rounding must not make the longer chain the better.
+TEST(NBSubsetSearchTest, ASizeThatAddsNothingToAnyRecordIsEqualAndNeverWins) {
+    std::mt19937 random(20260501);
+    for (std::int32_t trial = 0; trial < 150; ++trial) {
+        const SearchData data =
+            Balanced(random, 2 + trial % 3, 12 * (1 + trial % 5), 1 + trial % 4);
+        Trial run(data);
+        ASSERT_TRUE(
+            run.TestData(static_cast<std::int32_t>(data.fPredictors.size()), data.fRows).IsOK());
+        EXPECT_EQ(run.Chain().front(), 0);
+        EXPECT_TRUE(std::is_sorted(run.fSelected.begin(), run.fSelected.end()));
+        for (std::size_t i = 0; i < run.fBest.size(); ++i) {
+            EXPECT_EQ(run.fBest[i].fSize, static_cast<std::int32_t>(i) + 1) << trial;
+            EXPECT_EQ(run.fBest[i].fCriterion, run.fBest[0].fCriterion) << trial;
+            EXPECT_EQ(run.fCriteria[i], run.fCriteria[0]) << trial;
+        }
+    }
+}
+
+// The same by class sizes that differ: what the counts give is equal, not what doubles make of it.
+TEST(NBSubsetSearchTest, ASilentPredictorAddsNothingInClassesOfAnySize) {
+    SearchData data;
+    data.fNumTargets = 3;
+    data.fPredictors = {{3, 2}, {2, 2}, {4, 2}};
+    const std::int32_t sizes[] = {12, 44, 84};
+    for (std::int32_t target = 0; target < 3; ++target) {
+        for (std::int32_t i = 0; i < sizes[target]; ++i) {
+            data.fRows.push_back({target, 1.0, {i % 7 == 0 ? 0 : target, i % 2, i / 2 % 4}});
+        }
+    }
+    // 12 / 4, 44 / 4 and 84 / 4 of each code.
+    for (std::int32_t target = 0, at = 0; target < 3; ++target) {
+        for (std::int32_t i = 0; i < sizes[target]; ++i) {
+            data.fRows[static_cast<std::size_t>(at++)].fCodes[2] = i % 4;
+        }
+    }
+    Trial run(data);
+    ASSERT_TRUE(run.TestData(3, data.fRows).IsOK());
+    EXPECT_EQ(run.Chain(), (Sizes{0, 1, 2}));
+    EXPECT_EQ(SizesOf(run.fBest), (Sizes{1, 2, 3}));
+    EXPECT_EQ(run.fCriteria[1], run.fCriteria[0]);
+    EXPECT_EQ(run.fCriteria[2], run.fCriteria[0]);
+}
+
+// Columns that are one another's copies under other names of their categories.
+TEST(NBSubsetSearchTest, OfRelabelledCopiesTheFirstEntersAtEveryStep) {
+    for (std::uint32_t seed = 1; seed <= 40; ++seed) {
+        std::mt19937 random(seed);
+        SearchData data = Noisy(0, 3, 40);
+        for (std::int32_t copy = 0; copy < 2; ++copy) {
+            for (std::int32_t j = 0; j < 3; ++j) {
+                const std::int32_t count =
+                    data.fPredictors[static_cast<std::size_t>(j)].fNumCategories;
+                std::vector<std::int32_t> names(static_cast<std::size_t>(count));
+                std::iota(names.begin(), names.end(), 0);
+                std::shuffle(names.begin(), names.end(), random);
+                data.fPredictors.push_back({count, 2});
+                for (SearchOracle::Row& row : data.fRows) {
+                    const auto code =
+                        static_cast<std::size_t>(row.fCodes[static_cast<std::size_t>(j)]);
+                    row.fCodes.push_back(names[code]);
+                }
+            }
+        }
+        std::shuffle(data.fRows.begin(), data.fRows.end(), random);
+        Trial run(data);
+        ASSERT_TRUE(run.PseudoBIC(9).IsOK());
+        // Of a predictor and its copies, 3 and 6 behind it, the first comes first.
+        const Sizes chain = run.Chain();
+        const auto place = [&chain](std::int32_t predictor) {
+            return std::find(chain.begin(), chain.end(), predictor);
+        };
+        for (std::int32_t j = 0; j < 6; ++j) EXPECT_LT(place(j), place(j + 3)) << seed;
+    }
+}
+
+TEST(NBSubsetSearchTest, TheOrderOfTheRecordsAndSplitWeightsDoNotShow) {
+    for (std::uint32_t seed = 1; seed <= 30; ++seed) {
+        std::mt19937 random(seed);
+        SearchData data = Noisy(static_cast<std::int32_t>(seed % 3), 6, 30 + 10 * (seed % 4));
+        data.fbWeighted = true;
+        for (SearchOracle::Row& row : data.fRows) {
+            row.fWeight = static_cast<double>(1 + random() % 5);
+            for (std::size_t j = 1; j < row.fCodes.size(); ++j) {
+                if (random() % 8 == 0) row.fCodes[j] = -1;
+            }
+        }
+        Trial run(data);
+        ASSERT_TRUE(run.PseudoBIC(8).IsOK());
+        Trial tested(data);
+        ASSERT_TRUE(tested.TestData(8, data.fRows).IsOK());
+        SearchData other = data;
+        std::shuffle(other.fRows.begin(), other.fRows.end(), random);
+        Trial shuffled(other);
+        ASSERT_TRUE(shuffled.PseudoBIC(8).IsOK());
+        EXPECT_EQ(shuffled.fSelected, run.fSelected) << seed;
+        EXPECT_EQ(shuffled.fCriteria, run.fCriteria) << seed;
+        EXPECT_EQ(shuffled.fBest, run.fBest) << seed;
+        // A record of weight 3 as two of 1 and 2.
+        other.fRows.clear();
+        for (const SearchOracle::Row& row : run.fTrained.fData.fRows) {
+            for (double left = row.fWeight; left > 0.0;) {
+                SearchOracle::Row part = row;
+                part.fWeight = std::min(left, static_cast<double>(1 + random() % 3));
+                left -= part.fWeight;
+                other.fRows.push_back(part);
+            }
+        }
+        std::shuffle(other.fRows.begin(), other.fRows.end(), random);
+        Trial split(other);
+        ASSERT_TRUE(split.TestData(8, other.fRows).IsOK());
+        EXPECT_EQ(split.fSelected, tested.fSelected) << seed;
+        EXPECT_EQ(split.fCriteria, tested.fCriteria) << seed;
+        EXPECT_EQ(split.fBest, tested.fBest) << seed;
+    }
+}
+
+// Products that end among the smallest doubles tell the order: six probabilities of 2^-178 and then
+// twelve of 3/5 stop at the smallest, the other way round they reach 0, whose score is infinite.
+TEST(NBSubsetSearchTest, TheSelectedMultiplyInTheOrderOfTheirTables) {
+    SearchData data;
+    data.fNumTargets = 1;
+    data.fbWeighted = true;
+    data.fPredictors.assign(6, {2, 2});
+    data.fPredictors.resize(18, {2, 1});
+    data.fPredictors.push_back({2, 2});
+    // The tiny ones have all weight in their first category, the others 3/5.
+    for (std::int32_t i = 0; i < 5; ++i) {
+        SearchOracle::Row row{0, 0x1p89 / 5.0, std::vector<std::int32_t>(19, i < 3 ? 0 : 1)};
+        std::fill(row.fCodes.begin(), row.fCodes.begin() + 6, 0);
+        data.fRows.push_back(row);
+    }
+    Trial run(data);
+    std::vector<double> values(21, 0.0);
+    values[1] = 1.0;
+    std::fill(values.begin() + 2, values.begin() + 8, 1.0);
+    values.back() = -1.0;
+    run.fTrained.fRecords.fvRecords.emplace_back(values);
+    ASSERT_TRUE(run.Exact(19).IsOK());
+    const Sizes chain = run.Chain();
+    EXPECT_EQ(Sizes(chain.begin() + 12, chain.end()), (Sizes{0, 1, 2, 3, 4, 5, 18}));
+    EXPECT_TRUE(std::isfinite(run.fCriteria.back()));
 }
 
 TEST(NBSubsetSearchTest, FewerSizesThanAskedForGiveFewerSubsets) {

@@ -41,7 +41,8 @@ inline SearchData RandomSearchData(std::mt19937& random, std::int32_t numRows,
         SearchOracle::Row row;
         row.fTarget = below(data.fNumTargets);
         if (weights == RandomWeights::kFew) row.fWeight = 1.0 + below(4);
-        if (weights == RandomWeights::kMany) row.fWeight = 0.25 + below(100000) * 0.001;
+        // Sums of them are exact.
+        if (weights == RandomWeights::kMany) row.fWeight = 0.25 + below(100000) * 0x1p-10;
         for (std::int32_t j = 0; j < numPredictors; ++j) {
             const std::int32_t original = copyOf[static_cast<std::size_t>(j)];
             if (original < j) {

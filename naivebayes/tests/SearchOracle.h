@@ -60,6 +60,28 @@ class Model {
         for (std::size_t k = 0; k < fNumTargets; ++k) sum += std::exp(LogJoint(row, subset, k));
         return std::log(sum);
     }
+    /// Minus the log posterior of the observed target, also of one near 1 to the last digits.
+    long double Loss(const Row& row, const std::vector<std::int32_t>& subset) const {
+        const long double own = LogJoint(row, subset, static_cast<std::size_t>(row.fTarget));
+        long double others = 0.0L;
+        for (std::size_t k = 0; k < fNumTargets; ++k) {
+            if (k != static_cast<std::size_t>(row.fTarget)) {
+                others += std::exp(LogJoint(row, subset, k) - own);
+            }
+        }
+        return std::log1p(others);
+    }
+    /// Its weighted mean.
+    long double MeanLoss(const std::vector<Row>& rows,
+                         const std::vector<std::int32_t>& subset) const {
+        long double sum = 0.0L;
+        long double weight = 0.0L;
+        for (const Row& row : rows) {
+            sum += row.fWeight * Loss(row, subset);
+            weight += row.fWeight;
+        }
+        return sum / weight;
+    }
     /// Weighted mean of the log posterior of the observed target.
     double ConditionalLogLik(const std::vector<Row>& rows,
                              const std::vector<std::int32_t>& subset) const {
@@ -75,14 +97,17 @@ class Model {
     /// The same with the marginal part taken over drawn rows.
     double SimulatedLogLik(const std::vector<Row>& rows, const std::vector<Row>& drawn,
                            const std::vector<std::int32_t>& subset) const {
+        return static_cast<double>(LongSimulatedLogLik(rows, drawn, subset));
+    }
+    long double LongSimulatedLogLik(const std::vector<Row>& rows, const std::vector<Row>& drawn,
+                                    const std::vector<std::int32_t>& subset) const {
         long double joint = 0.0L;
         for (const Row& row : rows) {
             joint += row.fWeight * LogJoint(row, subset, static_cast<std::size_t>(row.fTarget));
         }
         long double marginal = 0.0L;
         for (const Row& row : drawn) marginal += LogMarginal(row, subset);
-        return static_cast<double>(joint / fWeight -
-                                   marginal / static_cast<long double>(drawn.size()));
+        return joint / fWeight - marginal / static_cast<long double>(drawn.size());
     }
     double PseudoBIC(const std::vector<Row>& rows, const std::vector<std::int32_t>& subset) const {
         const auto size = static_cast<long double>(subset.size());

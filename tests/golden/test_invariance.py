@@ -45,6 +45,81 @@ def test_the_order_of_rows_does_not_show(name, program, root, tmp_path):
     assert text(program, shuffled, COMMANDS[name], *schema) == expected
 
 
+BAYES_SHAPES = {
+    "forced": "y BY f0 f1 f2 f3 WITH x0 x1 /FORCE FACTORS=(f1)",
+    "bins": "y WITH x0 x1 x2 /CRITERIA BINS=4",
+    "exact": "y BY f0 f1 f2 f3 f4 /SUBSET EXACTSIZE=3",
+    "test data": "y BY f0 f1 f2 f3 f4 WITH x0 x1 /TRAININGSAMPLE VARIABLE=part"
+    " /SUBSET MAXSIZE=AUTO(BESTSUBSET=TESTDATA)",
+    "no search": "y BY f0 f1 f2 WITH x0 /SUBSET NOSELECTION",
+    "drawn": "y BY f0 f1 f2 f3 f4 WITH x0 x1 /CRITERIA MEMALLOCATE=4",
+}
+
+
+def bayes_table(seed):
+    """Factors of 2 to 12 levels, one a copy, scale predictors, missing cells, classes 2 to 4."""
+    draw = random.Random(f"bayes {seed}")
+    classes = 2 + seed % 3
+    header = ["y", *(f"f{j}" for j in range(5)), "x0", "x1", "x2", "part", "w"]
+    body = []
+    for _ in range(draw.choice([40, 300, 1500])):
+        y = draw.randrange(classes)
+        levels = [2, 3, 12, 2 + seed % 7]
+        factors = [f"v{y % n if draw.random() < 0.3 else draw.randrange(n)}" for n in levels]
+        row = [*factors, factors[1], *(round(draw.gauss(y * s, 1), 2) for s in (0, 0.5, 1))]
+        row = ["" if draw.random() < 0.06 else cell for cell in row]
+        # Every level of the sample has cases; a weight may be 0 or no whole number.
+        weight = draw.choice([0, 0.4, 1, 1, 1.6, 2, 3])
+        body.append(["abcd"[y], *row, draw.choice([0, 1, 1]), weight])
+    return header, body, draw
+
+
+def json_report(program, path, command, *options):
+    done = program.run("run", "-c", command, "--data", path, "--json", "-", *options)
+    assert done.status == 0, done.err
+    return done.out.replace(str(path).encode(), b"DATA").replace(path.name.encode(), b"DATA")
+
+
+@pytest.mark.parametrize("weighted", [False, True], ids=["plain", "weighted"])
+@pytest.mark.parametrize("seed", range(6))
+@pytest.mark.parametrize("shape", BAYES_SHAPES)
+def test_the_order_of_rows_and_the_threads_do_not_show_in_a_classifier(
+    shape, seed, weighted, program, tmp_path
+):
+    header, body, draw = bayes_table(seed)
+    levels = [w for name in header[1:6] for w in ("--level", f"{name}=nominal")]
+    levels += [w for name in header[6:9] for w in ("--level", f"{name}=scale")]
+    levels += ["--level", "y=nominal", *(["--weight", "w"] if weighted else [])]
+    command = f"NAIVEBAYES {BAYES_SHAPES[shape]};"
+    path = write(tmp_path / "data.csv", header, body)
+    expected = json_report(program, path, command, *levels, "--threads", "1")
+    assert json_report(program, path, command, *levels, "--threads", "3") == expected
+    for _ in range(2):
+        draw.shuffle(body)
+        write(path, header, body)
+        assert json_report(program, path, command, *levels, "--threads", "2") == expected
+
+
+@pytest.mark.parametrize("seed", range(6))
+@pytest.mark.parametrize("shape", ["forced", "exact", "test data"])
+def test_cases_whose_weight_is_split_give_the_same_search(shape, seed, program, tmp_path):
+    header, body, draw = bayes_table(seed)
+    at = header.index("w")
+    whole = [[*row[:at], int(row[at] + 0.5)] for row in body]
+    levels = [w for name in header[1:6] for w in ("--level", f"{name}=nominal")]
+    levels += [w for name in header[6:9] for w in ("--level", f"{name}=scale")]
+    levels += ["--level", "y=nominal", "--weight", "w"]
+    command = f"NAIVEBAYES {BAYES_SHAPES[shape]};"
+    reports = []
+    for rows in (whole, [[*row[:at], 1] for row in whole for _ in range(row[at])]):
+        draw.shuffle(rows)
+        path = write(tmp_path / "data.csv", header, rows)
+        reports.append(program.report(path, command, *levels)["commands"][0]["tables"])
+    searches = [[t for t in tables if t["id"] in ("SubsetSummary", "SelectedPredictors")] for tables in reports]
+    assert len(searches[0]) >= 1
+    assert searches[0] == searches[1]
+
+
 def test_a_weight_of_3_is_the_same_case_three_times(program, root, tmp_path):
     header, body = read(root / "data/penguins.csv")
     numbers = random.Random(20260402)

@@ -364,6 +364,25 @@ TEST(NaiveOutput, WithoutValidTestCasesAWarningComes) {
     EXPECT_EQ((*run.Table(kClassification))["dimensions"].size(), 2U);
 }
 
+// They judged the search, though none of them has a value of the predictor that it chose.
+TEST(NaiveOutput, TestCasesThatJudgedTheSearchAreNotAskedForAgain) {
+    const CommandRun run(
+        "NAIVEBAYES y BY good noise /TRAININGSAMPLE VARIABLE=part"
+        " /SUBSET MAXSIZE=1(BESTSUBSET=TESTDATA);",
+        DataSetBuilder()
+            .Strings("y", Letters("aaaaabbbbbab"))
+            .Strings("good", Letters("ppppqqqqqq  "))
+            .Strings("noise", Letters("pqpqpqpqpqpq"))
+            .Numbers("part", {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 0, 0})
+            .Build());
+    ASSERT_EQ(run.Status(), "ok");
+    EXPECT_EQ((*run.Table(kClassification))["dimensions"].size(), 2U) << "no test case is counted";
+    const Texts messages = run.Messages();
+    EXPECT_EQ(std::count(messages.begin(), messages.end(),
+                         "warning No valid test cases for classification..."),
+              0);
+}
+
 // All test cases are a, so the other row of their block has no case.
 TEST(NaiveOutput, ACategoryWithoutObservedCasesHas0PercentCorrect) {
     const CommandRun run(

@@ -183,6 +183,18 @@ TEST(PRSMultiFactory, AConstantForcedPredictorEndsTheRun) {
     EXPECT_EQ(run->GetConstPredList(), (Indices{4}));
 }
 
+TEST(PRSMultiFactory, TheFirstUnusableForcedPredictorEndsTheDescription) {
+    Controller run("NAIVEBAYES y BY good /FORCE FACTORS=(fair same none);",
+                   TwoClasses()
+                       .Strings("same", Letters(std::string(20, 'p')))
+                       .Strings("none", Letters(std::string(20, ' ')))
+                       .Build());
+    EXPECT_FALSE(run.Prepare());
+    EXPECT_EQ(run.Messages(), (Texts{"error Some forced predictors excluded..."})) << "once";
+    EXPECT_EQ(run->GetConstPredList(), (Indices{4}));
+    EXPECT_TRUE(run->GetEmptyPredList().empty()) << "not examined";
+}
+
 TEST(PRSMultiFactory, AFailedDescriptionStillShowsTheExcludedPredictors) {
     const CommandRun run("NAIVEBAYES y BY good /FORCE FACTORS=(same);",
                          TwoClasses().Strings("same", Letters(std::string(20, 'p'))).Build());
