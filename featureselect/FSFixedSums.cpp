@@ -552,7 +552,7 @@ FS_INLINE void RangeIn(std::span<const double> values, Range& range) {
     Vector lowest = Vector{} + kInfinity;
     Vector highest = Vector{} - kInfinity;
     Vector flaw{};                        // a NaN as soon as a value is not finite
-    auto invalid = Vector{} != Vector{};  // -1 a missing value
+    decltype(Vector{} == Vector{}) invalid{};  // -1 a missing value
     const std::size_t whole = values.size() / kWidth * kWidth;
     for (std::size_t row = 0; row < whole; row += kWidth) {
         Vector some;
@@ -593,7 +593,7 @@ FS_INLINE void RangeIn(std::span<const double> values, Range& range) {
 template <class Vector>
 FS_INLINE bool AnySmallerIn(std::span<const double> values, double bound) {
     constexpr std::size_t kWidth = sizeof(Vector) / sizeof(double);
-    auto any = Vector{} != Vector{};
+    decltype(Vector{} == Vector{}) any{};
     const std::size_t whole = values.size() / kWidth * kWidth;
     for (std::size_t row = 0; row < whole; row += kWidth) {
         Vector some;

@@ -33,7 +33,7 @@ constexpr std::size_t kTableRows = 64;
 constexpr std::size_t kCellsSideBySide = 1 << 16;
 
 // The predictors that one task takes.
-constexpr std::size_t kGroup = 8;
+constexpr std::size_t kGroup = 4;
 
 const BlockColumn* ColumnAt(const MCCommon::RecordBlock& block, std::int32_t column) {
     const auto at = static_cast<std::size_t>(column);

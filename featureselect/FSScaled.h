@@ -42,7 +42,7 @@ class FSScaled {
         if (b.IsZero()) return a;
         if (a.fExponent < b.fExponent) return b + a;
         const std::int64_t apart = a.fExponent - b.fExponent;
-        if (apart > 2 * kBits) return a;
+        if (apart > kDigits) return a;
         return FSScaled(a.fMantissa + b.fMantissa.TimesPowerOfTwo(-static_cast<int>(apart)),
                         a.fExponent);
     }
@@ -79,7 +79,7 @@ class FSScaled {
     bool IsBeyondDouble() const { return fExponent >= std::numeric_limits<double>::max_exponent; }
 
  private:
-    static constexpr int kBits = 53;
+    static constexpr std::int64_t kDigits = 106;
 
     FSDoubleDouble fMantissa;
     std::int64_t fExponent = 0;
