@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <iterator>
 #include <limits>
 #include <numeric>
 #include <random>
@@ -232,13 +233,18 @@ TEST(NBSubsetSearchTest, ASilentPredictorAddsNothingInClassesOfAnySize) {
             data.fRows.push_back({target, 1.0, {i % 7 == 0 ? 0 : target, i % 3, i % 5, i / 5 % 3}});
         }
     }
-    Trial run(data);
-    ASSERT_TRUE(run.TestData(4, data.fRows).IsOK());
-    EXPECT_EQ(run.Chain(), (Sizes{0, 1, 2, 3}));
-    EXPECT_EQ(SizesOf(run.fBest), (Sizes{1, 2, 3, 4}));
-    for (std::size_t i = 1; i < 4; ++i) {
-        EXPECT_EQ(run.fCriteria[i], run.fCriteria[0]);
-        EXPECT_EQ(run.fBest[i].fCriterion, run.fBest[0].fCriterion);
+    for (std::int32_t target = 0; target < 3; ++target) {
+        std::vector<SearchOracle::Row> judges;
+        std::copy_if(data.fRows.begin(), data.fRows.end(), std::back_inserter(judges),
+                     [target](const SearchOracle::Row& row) { return row.fTarget == target; });
+        Trial run(data);
+        ASSERT_TRUE(run.TestData(4, judges).IsOK());
+        EXPECT_EQ(run.Chain(), (Sizes{0, 1, 2, 3}));
+        EXPECT_EQ(SizesOf(run.fBest), (Sizes{1, 2, 3, 4}));
+        for (std::size_t i = 1; i < 4; ++i) {
+            EXPECT_EQ(run.fCriteria[i], run.fCriteria[0]);
+            EXPECT_EQ(run.fBest[i].fCriterion, run.fBest[0].fCriterion);
+        }
     }
 }
 
