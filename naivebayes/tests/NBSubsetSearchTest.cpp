@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <iterator>
 #include <limits>
 #include <numeric>
 #include <random>
@@ -220,29 +221,31 @@ TEST(NBSubsetSearchTest, ASizeThatAddsNothingToAnyRecordIsEqualAndNeverWins) {
     }
 }
 
-// The same by class sizes that differ: what the counts give is equal, not what doubles make of it.
+// The same in classes of sizes that differ: a third or a fifth is the share of each code by the
+// counts, while rounded quotients differ by class.
 TEST(NBSubsetSearchTest, ASilentPredictorAddsNothingInClassesOfAnySize) {
     SearchData data;
     data.fNumTargets = 3;
-    data.fPredictors = {{3, 2}, {2, 2}, {4, 2}};
-    const std::int32_t sizes[] = {12, 44, 84};
+    data.fPredictors = {{3, 2}, {3, 2}, {5, 2}, {3, 2}};
+    const std::int32_t sizes[] = {15, 30, 45};
     for (std::int32_t target = 0; target < 3; ++target) {
         for (std::int32_t i = 0; i < sizes[target]; ++i) {
-            data.fRows.push_back({target, 1.0, {i % 7 == 0 ? 0 : target, i % 2, i / 2 % 4}});
+            data.fRows.push_back({target, 1.0, {i % 7 == 0 ? 0 : target, i % 3, i % 5, i / 5 % 3}});
         }
     }
-    // 12 / 4, 44 / 4 and 84 / 4 of each code.
-    for (std::int32_t target = 0, at = 0; target < 3; ++target) {
-        for (std::int32_t i = 0; i < sizes[target]; ++i) {
-            data.fRows[static_cast<std::size_t>(at++)].fCodes[2] = i % 4;
+    for (std::int32_t target = 0; target < 3; ++target) {
+        std::vector<SearchOracle::Row> judges;
+        std::copy_if(data.fRows.begin(), data.fRows.end(), std::back_inserter(judges),
+                     [target](const SearchOracle::Row& row) { return row.fTarget == target; });
+        Trial run(data);
+        ASSERT_TRUE(run.TestData(4, judges).IsOK());
+        EXPECT_EQ(run.Chain(), (Sizes{0, 1, 2, 3}));
+        EXPECT_EQ(SizesOf(run.fBest), (Sizes{1, 2, 3, 4}));
+        for (std::size_t i = 1; i < 4; ++i) {
+            EXPECT_EQ(run.fCriteria[i], run.fCriteria[0]);
+            EXPECT_EQ(run.fBest[i].fCriterion, run.fBest[0].fCriterion);
         }
     }
-    Trial run(data);
-    ASSERT_TRUE(run.TestData(3, data.fRows).IsOK());
-    EXPECT_EQ(run.Chain(), (Sizes{0, 1, 2}));
-    EXPECT_EQ(SizesOf(run.fBest), (Sizes{1, 2, 3}));
-    EXPECT_EQ(run.fCriteria[1], run.fCriteria[0]);
-    EXPECT_EQ(run.fCriteria[2], run.fCriteria[0]);
 }
 
 // Columns that are one another's copies under other names of their categories.
