@@ -23,19 +23,6 @@ class FSSortedEntries {
     }
     /// Ascending by key.
     std::span<const Entry> Entries() const { return fvEntries; }
-    /// The entries of some keys, ascending; for a key that has none, an empty one.
-    std::vector<Entry> EntriesOf(std::span<const Key> keys) const {
-        std::vector<Entry> found;
-        found.reserve(keys.size());
-        auto mine = fvEntries.begin();
-        for (const Key& key : keys) {
-            while (mine != fvEntries.end() && mine->fKey < key) ++mine;
-            const bool exists = mine != fvEntries.end() && mine->fKey == key;
-            found.push_back(exists ? *mine : Entry{});
-            found.back().fKey = key;
-        }
-        return found;
-    }
 
  protected:
     /// The entry of a key, or null.

@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
+#include <sstream>
+#include <string>
 
 #include "featureselect/FSSettings.h"
 #include "featureselect/tests/AccumCases.h"
@@ -48,6 +51,38 @@ TEST(FSContAccum, OneValueWithWeightThree) {
     EXPECT_EQ(ShownNumber(accum, "Mean = "), 7.5);
     EXPECT_EQ(ShownNumber(accum, "Second moment = "), 0.0);
     EXPECT_EQ(ShownNumber(accum, "Variance = "), 0.0);
+}
+
+TEST(FSContAccum, AVarianceStaysWhereOneValueGivesNone) {
+    // Offset 49 of the saved form holds the variance.
+    std::stringstream stream;
+    Of({{7.5, 0, 1}}).SaveBinary(stream);
+    std::string bytes = stream.str();
+    const double variance = 2.25;
+    std::memcpy(bytes.data() + 49, &variance, sizeof variance);
+    std::istringstream restored(bytes);
+    FSContAccum accum;
+    accum.RestoreBinary(restored);
+    accum.FinishData();
+    EXPECT_EQ(ShownNumber(accum, "Variance = "), variance);
+    FSSettings settings;
+    settings.SetDeleteSmallVar(false);
+    settings.SetMinStdDev(1.6);  // above sqrt(2.25)
+    EXPECT_EQ(AllReasons(accum, settings), (std::vector<std::int32_t>{7}));
+    settings.SetMinStdDev(1.4);
+    EXPECT_EQ(AllReasons(accum, settings), (std::vector<std::int32_t>{}));
+}
+
+TEST(FSContAccum, TheLargestDoubleStandsForAMomentBeyondIt) {
+    const FSContAccum accum = Of({{1e300, 0, 1}, {-1e300, 0, 1}});
+    EXPECT_EQ(Shown(accum, "Second moment = "),
+              "1.7976931348623157e+308 (the largest double; the number is beyond it)");
+    FSSettings settings;
+    settings.SetDeleteSmallVar(false);
+    settings.SetMinStdDev(1.4e300);  // below sqrt(2) * 1e300
+    EXPECT_EQ(AllReasons(accum, settings), (std::vector<std::int32_t>{}));
+    settings.SetMinStdDev(1.5e300);
+    EXPECT_EQ(AllReasons(accum, settings), (std::vector<std::int32_t>{7}));
 }
 
 TEST(FSContAccum, WeightedMomentsByHand) {
