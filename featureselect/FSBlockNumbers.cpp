@@ -1,6 +1,8 @@
 #include "featureselect/FSBlockNumbers.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cmath>
 
 #include "featureselect/FSDoubleDouble.h"
@@ -26,6 +28,66 @@ void Weighted(std::span<const double> values, std::span<const double> weights,
         low[at] = isMissing || isOdd ? MCMV::gMissingValue : product.Low();
     }
 }
+
+// The weight of so many records.
+FSWeightSum Times(double weight, std::size_t records) {
+    const auto count = static_cast<double>(records);
+    if (std::floor(weight) == weight && weight * count < 0x1p53) return weight * count;
+    FSExactSum sum;
+    sum.AddProduct(weight, count);
+    FSWeightSum weights;
+    weights += sum;
+    return weights;
+}
+
+/// The different weights of the records of a block, if they are few.
+class WeightSizes {
+ public:
+    WeightSizes(const FSBlockCases& cases, std::span<const std::uint8_t> counts) {
+        if (cases.fbUnit) return;
+        fvWeights.clear();
+        fvAt.resize(cases.Rows());
+        for (std::size_t row = 0; fbFew && row < cases.Rows(); ++row) {
+            if (counts[row] != 0) fvAt[row] = Find(cases.fWeights[row]);
+        }
+        // Short runs are not worth it.
+        fbFew = fbFew && fvWeights.size() * cases.Classes() * kShortestRun <= cases.Rows();
+        if (!fbFew) {
+            fvAt.clear();
+            fvWeights.assign(1, 1.0);
+        }
+    }
+
+    bool AreFew() const { return fbFew; }
+    std::size_t Count() const { return fvWeights.size(); }
+    double WeightOf(std::size_t size) const { return fvWeights[size]; }
+    std::size_t At(std::size_t row) const { return fvAt.empty() ? 0 : fvAt[row]; }
+
+ private:
+    static constexpr std::size_t kShortestRun = 64;
+    static constexpr std::size_t kSlots = 1024;  // a power of two
+    static constexpr std::size_t kMost = 256;
+
+    // The number of a weight, in a table by a hash of its bits.
+    std::uint16_t Find(double weight) {
+        const std::uint64_t bits = std::bit_cast<std::uint64_t>(weight);
+        constexpr std::uint64_t kGolden = 0x9E3779B97F4A7C15;
+        for (std::uint64_t slot = bits * kGolden >> 54;; slot = (slot + 1) % kSlots) {
+            std::uint16_t& number = fSlots[slot];
+            if (number == 0) {
+                fvWeights.push_back(weight);
+                number = static_cast<std::uint16_t>(fvWeights.size());
+                fbFew = fvWeights.size() < kMost;
+            }
+            if (fvWeights[number - 1U] == weight) return static_cast<std::uint16_t>(number - 1);
+        }
+    }
+
+    bool fbFew = true;
+    std::vector<double> fvWeights{1.0};
+    std::vector<std::uint16_t> fvAt;             // by row; empty when there is one
+    std::array<std::uint16_t, kSlots> fSlots{};  // number of a weight plus 1
+};
 
 }  // namespace
 
@@ -77,32 +139,41 @@ void FSBlockNumbers::Settle(const FSBlockCases& cases, bool lines, bool columns)
     fLines.AddMoments(fLines.SumOf(all).data(), fTarget);
 }
 
+// The records that count by class, and by weight where there are few weights.
 void FSBlockNumbers::Order(const FSBlockCases& cases) {
-    fvEnds.assign(cases.Classes(), 0);
+    const WeightSizes sizes(cases, fvCounts);
+    const std::size_t many = sizes.Count();
+    std::vector<std::size_t> ends(cases.Classes() * many);
+    const auto runOf = [&](std::size_t row) {
+        return std::size_t{cases.fClasses[row]} * many + sizes.At(row);
+    };
     for (std::size_t row = 0; row < fvCounts.size(); ++row) {
-        if (fvCounts[row] != 0) ++fvEnds[cases.fClasses[row]];
+        if (fvCounts[row] != 0) ++ends[runOf(row)];
     }
-    std::size_t end = 0;
+    fvRuns.clear();
+    fvRunEnds.clear();
     std::vector<std::size_t> next;
-    for (std::size_t& size : fvEnds) {
+    std::size_t end = 0;
+    for (std::size_t run = 0; run < ends.size(); ++run) {
         next.push_back(end);
-        end += size;
-        size = end;
+        if (run % many == 0) fvRunEnds.push_back(fvRuns.size());
+        if (ends[run] == 0) continue;
+        ++fvRunEnds.back();
+        fvRuns.push_back({sizes.WeightOf(run % many), end, end + ends[run]});
+        end = fvRuns.back().fEnd;
     }
-    fbAsTheyStand = end == fvCounts.size() && fvEnds.size() == 1;
+    fbAsTheyStand = end == fvCounts.size() && fvRuns.size() == 1;
     fvRows.clear();
     if (!fbAsTheyStand) {
         fvRows.resize(end);
         for (std::size_t row = 0; row < fvCounts.size(); ++row) {
-            if (fvCounts[row] == 0) continue;
-            fvRows[next[cases.fClasses[row]]++] = static_cast<std::uint32_t>(row);
+            if (fvCounts[row] != 0) fvRows[next[runOf(row)]++] = static_cast<std::uint32_t>(row);
         }
     }
     fvWeights.clear();
-    if (!cases.fbUnit) {
-        for (std::size_t place = 0; place < end; ++place) {
-            fvWeights.push_back(cases.fWeights[RowAt(place)]);
-        }
+    if (sizes.AreFew()) return;
+    for (std::size_t place = 0; place < end; ++place) {
+        fvWeights.push_back(cases.fWeights[RowAt(place)]);
     }
 }
 
@@ -121,7 +192,7 @@ void FSBlockNumbers::TakeTargets(const FSBlockCases& cases) {
         limbs = FSFixedSums::Split(numbers, range);
         odd.insert(odd.end(), limbs.fvOdd.begin(), limbs.fvOdd.end());
     };
-    if (cases.fbUnit) {
+    if (fvWeights.empty()) {
         split(targets, fHigh);
     } else {
         std::vector<double> high;
@@ -200,78 +271,109 @@ std::vector<std::uint32_t> FSOrderedColumn::RowsAt(std::size_t first,
 }
 
 void FSOrderedColumn::AddMoments(std::size_t group, FSMoments& moments, FSWeightSum& missing) {
-    const std::size_t first = group == 0 ? 0 : fNumbers.EndOf(group - 1);
-    const std::span<const double> values = fvValues.subspan(first, fNumbers.EndOf(group) - first);
-    if (values.empty()) return;
-    if (fNumbers.Weights().empty()) {
-        AddUnit(first, values, moments, missing);
-    } else {
-        AddWeighted(first, values, moments, missing);
+    for (const FSBlockNumbers::Run& run : fNumbers.RunsOf(group)) {
+        if (fNumbers.Weights().empty()) {
+            AddRun(run, moments, missing);
+        } else {
+            AddWeighted(run, moments, missing);
+        }
     }
 }
 
-void FSOrderedColumn::AddUnit(std::size_t first, std::span<const double> values, FSMoments& moments,
-                              FSWeightSum& missing) {
+void FSOrderedColumn::AddRun(const FSBlockNumbers::Run& run, FSMoments& moments,
+                             FSWeightSum& missing) {
     FSFixedSums::Seen seen;
-    FSFixedSums::Add(values, fRange, moments.fSum, moments.fSquares, seen);
-    moments.fWeight += static_cast<double>(seen.fValid - seen.fvOdd.size());
-    missing += static_cast<double>(values.size() - seen.fValid);
-    const std::vector<std::uint32_t> apart = RowsAt(first, seen.fvOdd);
+    const std::size_t rows = run.fEnd - run.fFirst;
+    if (run.fWeight == 1.0) {
+        FSFixedSums::Add(ValuesOf(run), fRange, moments.fSum, moments.fSquares, seen);
+    } else {
+        FSExactSum sum;
+        FSExactSum squares;
+        FSFixedSums::Add(ValuesOf(run), fRange, sum, squares, seen);
+        const FSExactSum weight(run.fWeight);
+        moments.fSum += weight * sum;
+        moments.fSquares += weight * squares;
+    }
+    moments.fWeight += Times(run.fWeight, seen.fValid - seen.fvOdd.size());
+    missing += Times(run.fWeight, rows - seen.fValid);
+    const std::vector<std::uint32_t> apart = RowsAt(run.fFirst, seen.fvOdd);
     fvApart.insert(fvApart.end(), apart.begin(), apart.end());
 }
 
 // sum w x = sum high + sum low; sum w x^2 = sum high x + sum low x.
-void FSOrderedColumn::AddWeighted(std::size_t first, std::span<const double> values,
-                                  FSMoments& moments, FSWeightSum& missing) {
-    FSFixedSums::AddSum(fHigh, first, values.size(), moments.fSum);
-    FSFixedSums::AddSum(fLow, first, values.size(), moments.fSum);
+void FSOrderedColumn::AddWeighted(const FSBlockNumbers::Run& run, FSMoments& moments,
+                                  FSWeightSum& missing) {
+    const std::span<const double> values = ValuesOf(run);
+    FSFixedSums::AddSum(fHigh, run.fFirst, values.size(), moments.fSum);
+    FSFixedSums::AddSum(fLow, run.fFirst, values.size(), moments.fSum);
     FSFixedSums::Seen seen;
-    FSFixedSums::AddProducts(values, fRange, fHigh, first, moments.fSquares, seen);
+    FSFixedSums::AddProducts(values, fRange, fHigh, run.fFirst, moments.fSquares, seen);
     FSFixedSums::Seen again;
-    FSFixedSums::AddProducts(values, fRange, fLow, first, moments.fSquares, again);
+    FSFixedSums::AddProducts(values, fRange, fLow, run.fFirst, moments.fSquares, again);
+    const FSRowLines& lines = fNumbers.Lines();
     std::vector<std::uint32_t> rows;
     for (std::size_t place = 0; place < values.size(); ++place) {
-        if (values[place] != MCMV::gMissingValue) rows.push_back(fNumbers.RowAt(first + place));
+        if (values[place] != MCMV::gMissingValue) {
+            rows.push_back(fNumbers.RowAt(run.fFirst + place));
+        }
     }
-    fNumbers.Lines().AddWeight(fNumbers.Lines().SumOf(rows).data(), moments.fWeight);
+    lines.AddWeight(lines.SumOf(rows).data(), moments.fWeight);
     // Those set apart are not missing.
-    const std::vector<std::uint32_t> without = RowsAt(first, seen.fvMissing);
     rows.clear();
-    for (const std::uint32_t row : without) {
+    for (const std::uint32_t row : RowsAt(run.fFirst, seen.fvMissing)) {
         if (!std::binary_search(fvApart.begin(), fvApart.end(), row)) rows.push_back(row);
     }
-    fNumbers.Lines().AddWeight(fNumbers.Lines().SumOf(rows).data(), missing);
+    lines.AddWeight(lines.SumOf(rows).data(), missing);
+}
+
+void FSOrderedColumn::AddRunPairs(const FSBlockNumbers::Run& run, FSPairMoments& pairs,
+                                  FSFixedSums::Rows& missing) {
+    FSFixedSums::Seen seen;
+    const auto add = [&](FSExactSum& sum, FSExactSum& squares, FSExactSum& products) {
+        FSFixedSums::Add(ValuesOf(run), fRange, fNumbers.TargetHigh(), run.fFirst, sum, squares,
+                         products, seen);
+    };
+    if (run.fWeight == 1.0) {
+        add(pairs.fX, pairs.fXX, pairs.fXY);
+    } else {
+        FSExactSum sum;
+        FSExactSum squares;
+        FSExactSum products;
+        add(sum, squares, products);
+        const FSExactSum weight(run.fWeight);
+        pairs.fX += weight * sum;
+        pairs.fXX += weight * squares;
+        pairs.fXY += weight * products;
+    }
+    const std::vector<std::uint32_t> rows = RowsAt(run.fFirst, seen.fvMissing);
+    missing.insert(missing.end(), rows.begin(), rows.end());
+    const std::vector<std::uint32_t> apart = RowsAt(run.fFirst, seen.fvOdd);
+    fvApart.insert(fvApart.end(), apart.begin(), apart.end());
 }
 
 void FSOrderedColumn::AddPairs(FSPairMoments& pairs, FSWeightSum& missing) {
-    FSMoments x;
-    FSFixedSums::Seen seen;
-    const bool unit = fNumbers.Weights().empty();
-    if (unit) {
-        FSFixedSums::Add(fvValues, fRange, fNumbers.TargetHigh(), x.fSum, x.fSquares, pairs.fXY,
-                         seen);
+    const FSRowLines& lines = fNumbers.Lines();
+    FSMoments without;  // of the target, over records without a value or set apart
+    if (fNumbers.Weights().empty()) {
+        FSFixedSums::Rows rows;
+        for (const FSBlockNumbers::Run& run : fNumbers.Runs()) AddRunPairs(run, pairs, rows);
+        lines.AddMoments(lines.SumOf(rows).data(), without);
+        missing += without.fWeight;
+        lines.AddMoments(lines.SumOf(fvApart).data(), without);
     } else {
+        FSMoments x;
         AddMoments(0, x, missing);
+        pairs.fX += x.fSum;
+        pairs.fXX += x.fSquares;
+        FSFixedSums::Seen seen;
         FSFixedSums::AddProducts(fvValues, fRange, fNumbers.TargetHigh(), 0, pairs.fXY, seen);
         FSFixedSums::Seen again;
         FSFixedSums::AddProducts(fvValues, fRange, fNumbers.TargetLow(), 0, pairs.fXY, again);
-    }
-    // The target over the records that have a value: over all, less those that have none or are
-    // set apart.
-    FSMoments without;
-    const std::vector<std::uint32_t> rows = RowsAt(0, seen.fvMissing);
-    fNumbers.Lines().AddMoments(fNumbers.Lines().SumOf(rows).data(), without);
-    if (unit) {
-        missing += without.fWeight;
-        const std::vector<std::uint32_t> apart = RowsAt(0, seen.fvOdd);
-        fNumbers.Lines().AddMoments(fNumbers.Lines().SumOf(apart).data(), without);
-        fvApart.insert(fvApart.end(), apart.begin(), apart.end());
+        lines.AddMoments(lines.SumOf(RowsAt(0, seen.fvMissing)).data(), without);
     }
     FSMoments y = fNumbers.Target();
     y -= without;
     pairs.fWeight += y.fWeight;
-    pairs.fX += x.fSum;
-    pairs.fXX += x.fSquares;
     pairs.fY += y.fSum;
     pairs.fYY += y.fSquares;
 }

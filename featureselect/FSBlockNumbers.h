@@ -26,25 +26,36 @@ class FSBlockNumbers {
 
     const FSRowLines& Lines() const { return fLines; }
 
-    /// A column's values of the records that count, class by class, in the order of all columns.
+    /// Records of one class, and of one weight where there are few weights, next to each other.
+    struct Run {
+        double fWeight = 1.0;  // of each record, if the block has runs of equal weight
+        std::size_t fFirst = 0;
+        std::size_t fEnd = 0;
+    };
+
+    /// A column's values of the records that count, run by run, in the order of all columns.
     /// scratch holds them where they do not stand so already.
     std::span<const double> InOrder(std::span<const double> column,
                                     std::vector<double>& scratch) const;
-    /// Where class number `group` ends in that order; it begins where the one before ends.
-    std::size_t EndOf(std::size_t group) const { return fvEnds[group]; }
-    std::size_t Classes() const { return fvEnds.size(); }
-    std::size_t Counted() const { return fvEnds.empty() ? 0 : fvEnds.back(); }
+    /// All runs in that order, class by class; none of them is empty.
+    std::span<const Run> Runs() const { return fvRuns; }
+    /// Those of a class.
+    std::span<const Run> RunsOf(std::size_t group) const {
+        const std::size_t first = group == 0 ? 0 : fvRunEnds[group - 1];
+        return Runs().subspan(first, fvRunEnds[group] - first);
+    }
+    std::size_t Counted() const { return fvRuns.empty() ? 0 : fvRuns.back().fEnd; }
     /// Positions in the block of the records in order.
     std::uint32_t RowAt(std::size_t place) const {
         return fbAsTheyStand ? static_cast<std::uint32_t>(place) : fvRows[place];
     }
 
-    /// In order; empty for unit weights.
+    /// In order; empty where every run has one weight.
     std::span<const double> Weights() const { return fvWeights; }
     /// Weights, or weights and targets, of all records in order.
     const FSMoments& Target() const { return fTarget; }
     /// The product of weight and target in order, as the sum of two doubles, each on its grid; with
-    /// unit weights TargetHigh is the target and TargetLow nothing.
+    /// runs of one weight TargetHigh is the target and TargetLow nothing.
     const FSFixedSums::Limbs& TargetHigh() const { return fHigh; }
     const FSFixedSums::Limbs& TargetLow() const { return fLow; }
 
@@ -55,7 +66,8 @@ class FSBlockNumbers {
 
     std::vector<std::uint8_t> fvCounts;  // of the records of the block
     std::vector<std::uint32_t> fvRows;
-    std::vector<std::size_t> fvEnds;
+    std::vector<Run> fvRuns;
+    std::vector<std::size_t> fvRunEnds;  // by class
     bool fbAsTheyStand = false;
     std::vector<double> fvWeights;
     FSRowLines fLines;
@@ -85,10 +97,13 @@ class FSOrderedColumn {
 
  private:
     void Weigh();
-    void AddUnit(std::size_t first, std::span<const double> values, FSMoments& moments,
-                 FSWeightSum& missing);
-    void AddWeighted(std::size_t first, std::span<const double> values, FSMoments& moments,
-                     FSWeightSum& missing);
+    std::span<const double> ValuesOf(const FSBlockNumbers::Run& run) const {
+        return fvValues.subspan(run.fFirst, run.fEnd - run.fFirst);
+    }
+    void AddRun(const FSBlockNumbers::Run& run, FSMoments& moments, FSWeightSum& missing);
+    void AddWeighted(const FSBlockNumbers::Run& run, FSMoments& moments, FSWeightSum& missing);
+    void AddRunPairs(const FSBlockNumbers::Run& run, FSPairMoments& pairs,
+                     FSFixedSums::Rows& missing);
     /// Of the records at these places, counted from first.
     std::vector<std::uint32_t> RowsAt(std::size_t first, const FSFixedSums::Rows& places) const;
 

@@ -551,7 +551,7 @@ FS_INLINE void RangeIn(std::span<const double> values, Range& range) {
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
     Vector lowest = Vector{} + kInfinity;
     Vector highest = Vector{} - kInfinity;
-    Vector flaw{};                        // a NaN as soon as a value is not finite
+    Vector flaw{};                             // a NaN as soon as a value is not finite
     decltype(Vector{} == Vector{}) invalid{};  // -1 a missing value
     const std::size_t whole = values.size() / kWidth * kWidth;
     for (std::size_t row = 0; row < whole; row += kWidth) {
@@ -741,9 +741,9 @@ void Add(std::span<const double> values, const Range& range, FSExactSum& sum, FS
     Store(totals, Grid(form), range.fPower, sum, squares);
 }
 
-void Add(std::span<const double> values, const Range& range, const Limbs& other, FSExactSum& sum,
-         FSExactSum& squares, FSExactSum& products, Seen& seen, Form form) {
-    const Totals totals = RunAll<true, true>(values, range, &other, 0, seen, form);
+void Add(std::span<const double> values, const Range& range, const Limbs& other, std::size_t first,
+         FSExactSum& sum, FSExactSum& squares, FSExactSum& products, Seen& seen, Form form) {
+    const Totals totals = RunAll<true, true>(values, range, &other, first, seen, form);
     Store(totals, Grid(form), range.fPower, sum, squares);
     StoreProducts(totals, Grid(form), range.fPower, other.fPower, products);
 }

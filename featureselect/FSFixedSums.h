@@ -63,10 +63,11 @@ struct Seen {
 /// longer one that it is part of, and plain.
 void Add(std::span<const double> values, const Range& range, FSExactSum& sum, FSExactSum& squares,
          Seen& seen, Form form = BestForm());
-/// The same, and the sum of products with the other column; seen holds the missing rows too.
-/// REQUIRES: other was split for the same form and has as many rows.
-void Add(std::span<const double> values, const Range& range, const Limbs& other, FSExactSum& sum,
-         FSExactSum& squares, FSExactSum& products, Seen& seen, Form form = BestForm());
+/// The same, and the sum of products with the rows of the other column from `first` on; seen holds
+/// the missing rows too. REQUIRES: other was split for the same form.
+void Add(std::span<const double> values, const Range& range, const Limbs& other, std::size_t first,
+         FSExactSum& sum, FSExactSum& squares, FSExactSum& products, Seen& seen,
+         Form form = BestForm());
 /// The sum of products alone, with the rows of the other column from `first` on.
 void AddProducts(std::span<const double> values, const Range& range, const Limbs& other,
                  std::size_t first, FSExactSum& products, Seen& seen, Form form = BestForm());

@@ -82,7 +82,8 @@ TEST(FSFixedSums, EveryFormGivesTheExactSums) {
                 FSFixedSums::Split(y, FSFixedSums::RangeOf(y, form), form);
             Plain sums;
             FSFixedSums::Seen seen;
-            FSFixedSums::Add(x, range, other, sums.fSum, sums.fSquares, sums.fProducts, seen, form);
+            FSFixedSums::Add(x, range, other, 0, sums.fSum, sums.fSquares, sums.fProducts, seen,
+                             form);
             EXPECT_EQ(seen.fValid, plain.fValid);
             EXPECT_EQ(seen.fvMissing.size(), rows - plain.fValid);
             for (const std::uint32_t row : other.fvOdd) {  // 0 in the products
