@@ -91,7 +91,7 @@ class WeightSizes {
 
 }  // namespace
 
-FSBlockNumbers::FSBlockNumbers(const FSBlockCases& cases, bool lines, bool columns) {
+FSBlockNumbers::FSBlockNumbers(const FSBlockCases& cases, bool columns) {
     fvCounts.resize(cases.Rows());
     for (std::size_t row = 0; row < cases.Rows(); ++row) fvCounts[row] = cases.Counts(row) ? 1 : 0;
     const bool numbers = cases.fTarget == FSBlockCases::kContinuous;
@@ -109,20 +109,20 @@ FSBlockNumbers::FSBlockNumbers(const FSBlockCases& cases, bool lines, bool colum
     // A grid without the odd records may have odd ones of its own; in the end none.
     for (std::size_t known = fvOdd.size() + 1; known != fvOdd.size();) {
         known = fvOdd.size();
-        Settle(cases, lines, columns);
+        Settle(cases, columns);
     }
     std::sort(fvOdd.begin(), fvOdd.end());
 }
 
 // One attempt; records that turn out odd are dropped for the next one.
-void FSBlockNumbers::Settle(const FSBlockCases& cases, bool lines, bool columns) {
+void FSBlockNumbers::Settle(const FSBlockCases& cases, bool columns) {
     const auto drop = [this](std::uint32_t row) {
         fvCounts[row] = 0;
         fvOdd.push_back(row);
     };
     const bool numbers = cases.fTarget == FSBlockCases::kContinuous;
     const std::size_t before = fvOdd.size();
-    if (lines || numbers || !cases.fbUnit) {
+    if (numbers || !cases.fbUnit) {
         fLines = FSRowLines(cases.fWeights, numbers ? cases.fTargets : std::span<const double>(),
                             fvCounts);
         for (const std::uint32_t row : fLines.Odd()) drop(row);
@@ -165,10 +165,16 @@ void FSBlockNumbers::Order(const FSBlockCases& cases) {
     fbAsTheyStand = end == fvCounts.size() && fvRuns.size() == 1;
     fvRows.clear();
     if (!fbAsTheyStand) {
-        fvRows.resize(end);
+        // Records that do not count go to a place of their own, behind the others.
+        fvRows.resize(end + 1);
+        next.push_back(end);
+        const std::size_t aside = ends.size();
         for (std::size_t row = 0; row < fvCounts.size(); ++row) {
-            if (fvCounts[row] != 0) fvRows[next[runOf(row)]++] = static_cast<std::uint32_t>(row);
+            const std::size_t run = fvCounts[row] != 0 ? runOf(row) : aside;
+            fvRows[next[run]] = static_cast<std::uint32_t>(row);
+            next[run] += run != aside ? 1 : 0;
         }
+        fvRows.pop_back();
     }
     fvWeights.clear();
     if (sizes.AreFew()) return;

@@ -16,14 +16,15 @@
 /// accumulators of a pass.
 class FSBlockNumbers {
  public:
-    /// Of the records that the cases count. lines: whether categorical predictors need the lines of
-    /// the records; columns: whether continuous predictors need the rest.
-    FSBlockNumbers(const FSBlockCases& cases, bool lines, bool columns);
+    /// Of the records that the cases count. columns: whether there are continuous predictors, who
+    /// need more than the lines.
+    FSBlockNumbers(const FSBlockCases& cases, bool columns);
 
     /// Records whose weight or target is too far from the others' for a common grid. They are in
     /// none of the sums here and belong to the accumulators one by one.
     std::span<const std::uint32_t> Odd() const { return fvOdd; }
 
+    /// Of the records, where weights or a target are numbers; else empty.
     const FSRowLines& Lines() const { return fLines; }
 
     /// Records of one class, and of one weight where there are few weights, next to each other.
@@ -61,7 +62,7 @@ class FSBlockNumbers {
 
  private:
     void Order(const FSBlockCases& cases);
-    void Settle(const FSBlockCases& cases, bool lines, bool columns);
+    void Settle(const FSBlockCases& cases, bool columns);
     void TakeTargets(const FSBlockCases& cases);
 
     std::vector<std::uint8_t> fvCounts;  // of the records of the block

@@ -31,6 +31,7 @@ void FSPredictorSet::Reset() {
     for (auto& records : fvpSort) records.clear();
     for (auto& ranks : fvRanks) ranks.clear();
     for (auto& values : fvValues) values.clear();
+    for (auto& logs : fvLogP) logs.clear();
 }
 
 void FSPredictorSet::GetRecordCounts(double& weightedValid, double& weightedExcluded,

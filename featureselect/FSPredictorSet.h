@@ -267,6 +267,7 @@ class FSPredictorSet {
     std::array<std::vector<std::unique_ptr<FSPredSort>>, FSCriterion::kCount> fvpSort;
     std::array<std::vector<std::int32_t>, FSCriterion::kCount> fvRanks;  // by predictor
     std::array<std::vector<double>, FSCriterion::kCount> fvValues;       // by predictor
+    std::array<std::vector<double>, FSCriterion::kCount> fvLogP;         // by predictor; not saved
 };
 
 #endif  // PREDSEL_FEATURESELECT_FSPREDICTORSET_H

@@ -313,12 +313,10 @@ void FSPredictorSet::AddBlockRows(const MCCommon::RecordBlock& block,
         return FeedParts(all, cases, executor);
     }
 
-    const auto isOf = [&](bool categorical) {
-        return std::any_of(all.begin(), all.end(), [&](const BlockParts& parts) {
-            return parts.fvParts[0].fpAccum->IsCategorical() == categorical;
-        });
-    };
-    const FSBlockNumbers numbers(cases, isOf(true), isOf(false));
+    const bool anyContinuous = std::any_of(all.begin(), all.end(), [](const BlockParts& parts) {
+        return !parts.fvParts[0].fpAccum->IsCategorical();
+    });
+    const FSBlockNumbers numbers(cases, anyContinuous);
     // Records that no grid holds with the others are left out of the block and follow one by one.
     FSBlockCases together = cases;
     together.fpNumbers = &numbers;

@@ -29,6 +29,7 @@ void FSPredictorSet::BeginRanking() {
         fvpSort[slot].clear();
         std::fill(fvRanks[slot].begin(), fvRanks[slot].end(), -1);
         std::fill(fvValues[slot].begin(), fvValues[slot].end(), MCMV::gMissingValue);
+        fvLogP[slot].assign(static_cast<std::size_t>(fNumPredictors), MCMV::gMissingValue);
         if (fpSettings->IsCriterionOn(criterion)) {
             fvpSort[slot].reserve(static_cast<std::size_t>(GetNumberOfRemaining()));
         }
@@ -76,6 +77,7 @@ void FSPredictorSet::AddResult(std::int32_t criterion, std::int32_t predictor,
                                const FSTestResult& result) {
     const auto slot = static_cast<std::size_t>(criterion);
     fvpSort[slot].push_back(std::make_unique<FSPredSort>(FSPredSort::Of(predictor, result)));
+    fvLogP[slot][static_cast<std::size_t>(predictor)] = result.fLogP;
     // A criterion switched on after construction has no values and no ranks.
     if (!fvValues[slot].empty()) {
         fvValues[slot][static_cast<std::size_t>(predictor)] = result.fValue;
@@ -194,7 +196,14 @@ bool FSPredictorSet::GetPredictorCriterion(std::int32_t criterion, std::int32_t 
 bool FSPredictorSet::GetPredictorLogP(std::int32_t criterion, std::int32_t predictor,
                                       double& logP) const {
     const IFSPredTargetAccum* accum = AccumOf(predictor);
-    logP = accum != nullptr ? accum->Test(criterion).fLogP : MCMV::gMissingValue;
+    logP = MCMV::gMissingValue;
+    if (accum == nullptr) return false;
+    if (IsCriterion(criterion)) {
+        const std::vector<double>& known = fvLogP[static_cast<std::size_t>(criterion)];
+        if (!known.empty()) logP = known[static_cast<std::size_t>(predictor)];
+    }
+    // Of a test that orders no predictors, and after a restore.
+    if (logP == MCMV::gMissingValue) logP = accum->Test(criterion).fLogP;
     return logP != MCMV::gMissingValue;
 }
 
