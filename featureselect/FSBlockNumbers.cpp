@@ -52,7 +52,7 @@ class WeightSizes {
         }
         // Short runs are not worth it.
         fbFew = fbFew && fvWeights.size() * cases.Classes() * kShortestRun <= cases.Rows();
-        if (!fbFew) {
+        if (!fbFew || fvWeights.empty()) {
             fvAt.clear();
             fvWeights.assign(1, 1.0);
         }

@@ -192,6 +192,76 @@ TEST(FSRowLines, AddUpToTheMomentsOfEveryCell) {
     }
 }
 
+/// A block of three classes in turn, with a target that is the class.
+struct Classes {
+    explicit Classes(std::vector<double> weights) : fvWeights(std::move(weights)) {
+        for (std::size_t row = 0; row < fvWeights.size(); ++row) {
+            fvClasses.push_back(static_cast<std::uint16_t>(row % 3));
+            fvTargets.push_back(static_cast<double>(row % 3));
+        }
+        fCases.fTarget = FSBlockCases::kCategorical;
+        fCases.fWeights = fvWeights;
+        fCases.fTargets = fvTargets;
+        fCases.fClasses = fvClasses;
+        fCases.fClassKeys = fvKeys;
+        fCases.fCounted = static_cast<std::int32_t>(fvWeights.size());
+        fCases.fbUnit = false;
+    }
+
+    std::vector<double> fvWeights;
+    std::vector<double> fvTargets;
+    std::vector<std::uint16_t> fvClasses;
+    std::vector<std::int32_t> fvKeys{0, 1, 2};
+    FSBlockCases fCases;
+};
+
+TEST(FSBlockNumbers, RecordsOfInfiniteWeightAreLeftOutOneByOne) {
+    const Classes all(std::vector<double>(5, std::numeric_limits<double>::infinity()));
+    const FSBlockNumbers numbers(all.fCases, true);
+    EXPECT_EQ(numbers.Odd().size(), 5U);
+    const std::vector<double> column{1, 2, 3, 4, 5};
+    FSOrderedColumn ordered(column, numbers);
+    FSMoments moments;
+    FSWeightSum missing;
+    for (std::size_t group = 0; group < 3; ++group) ordered.AddMoments(group, moments, missing);
+    EXPECT_EQ(static_cast<double>(moments.fWeight), 0.0);
+}
+
+TEST(FSBlockNumbers, FewAndManyWeightsGiveTheExactMomentsOfEveryClass) {
+    std::mt19937_64 engine(testsupport::RandomSeed());
+    for (const int different : {1, 4, 100000}) {
+        std::vector<double> weights(2000);
+        for (double& weight : weights) {
+            weight = 0.1 * static_cast<double>(1 + engine() % static_cast<unsigned>(different));
+        }
+        const Classes block(weights);
+        const FSBlockNumbers numbers(block.fCases, true);
+        EXPECT_EQ(numbers.Weights().empty(), different < 100);
+        EXPECT_TRUE(numbers.Odd().empty());
+        const std::vector<double> column = Column(engine, 0, weights.size());
+        FSOrderedColumn ordered(column, numbers);
+        for (std::size_t group = 0; group < 3; ++group) {
+            FSMoments moments;
+            FSMoments expected;
+            FSWeightSum missing;
+            FSWeightSum without;
+            ordered.AddMoments(group, moments, missing);
+            for (std::size_t row = group; row < weights.size(); row += 3) {
+                if (column[row] == kMissing) {
+                    without += weights[row];
+                } else {
+                    expected.Add(column[row], weights[row]);
+                }
+            }
+            EXPECT_TRUE(ordered.Apart().empty());
+            EXPECT_EQ(moments.fSum, expected.fSum) << different;
+            EXPECT_EQ(moments.fSquares, expected.fSquares) << different;
+            EXPECT_EQ(moments.fWeight.Exact(), expected.fWeight.Exact()) << different;
+            EXPECT_EQ(missing.Exact(), without.Exact()) << different;
+        }
+    }
+}
+
 TEST(FSRowLines, WeightsAloneNeedOneLimbWhenTheyAreWhole) {
     const std::vector<double> weights{3.0, 1.0, 4096.0};
     const std::vector<std::uint8_t> counts{1, 1, 1};
