@@ -551,15 +551,15 @@ FS_INLINE void RangeIn(std::span<const double> values, Range& range) {
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
     Vector lowest = Vector{} + kInfinity;
     Vector highest = Vector{} - kInfinity;
-    Vector flaw{};                             // a NaN as soon as a value is not finite
-    decltype(Vector{} == Vector{}) invalid{};  // -1 a missing value
+    Vector flaw{};                         // a NaN as soon as a value is not finite
+    decltype(lowest < highest) invalid{};  // -1 a missing value
     const std::size_t whole = values.size() / kWidth * kWidth;
     for (std::size_t row = 0; row < whole; row += kWidth) {
         Vector some;
         std::memcpy(&some, &values[row], sizeof some);
         const auto missing = some == MCMV::gMissingValue;
         invalid += missing;
-        flaw += some - some;
+        flaw += some * 0.0;
         const auto lower = (some < lowest) & ~missing;
         lowest = lower ? some : lowest;
         highest = some > highest ? some : highest;
@@ -576,7 +576,7 @@ FS_INLINE void RangeIn(std::span<const double> values, Range& range) {
     }
     for (std::size_t row = whole; row < values.size(); ++row) {
         const double value = values[row];
-        flawed += value - value;
+        flawed += value * 0.0;
         if (value == MCMV::gMissingValue) {
             ++missing;
         } else {
@@ -593,7 +593,7 @@ FS_INLINE void RangeIn(std::span<const double> values, Range& range) {
 template <class Vector>
 FS_INLINE bool AnySmallerIn(std::span<const double> values, double bound) {
     constexpr std::size_t kWidth = sizeof(Vector) / sizeof(double);
-    decltype(Vector{} == Vector{}) any{};
+    decltype(Vector{} < bound) any{};
     const std::size_t whole = values.size() / kWidth * kWidth;
     for (std::size_t row = 0; row < whole; row += kWidth) {
         Vector some;
