@@ -60,8 +60,6 @@ class FSDoubleDouble {
         const FSDoubleDouble rest = *this - ExactProduct(root, root);
         return ExactSum(root, rest.fHigh / (2.0 * root));
     }
-    /// high + low as they are. REQUIRES: high is the sum rounded to a double.
-    static FSDoubleDouble OfParts(double high, double low) { return {high, low}; }
 
  private:
     FSDoubleDouble(double high, double low) : fHigh(high), fLow(low) {}
